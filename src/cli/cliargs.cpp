@@ -1,0 +1,92 @@
+#include "cli/cliargs.h"
+
+#include "photolist/labels.h"
+
+#include <map>
+
+namespace pivotel::cli {
+
+namespace {
+
+const std::map<QString, QString>& actionnames() {
+    static const std::map<QString, QString> names{
+        {QStringLiteral("cw"), label::rotatecw},   {QStringLiteral("ccw"), label::rotateccw},
+        {QStringLiteral("180"), label::rotate180}, {QStringLiteral("flip"), label::flipleft},
+        {QStringLiteral("asis"), label::asis},
+    };
+    return names;
+}
+
+// The options that later versions bring; refused by name until then.
+const QStringList& notyetavailable() {
+    static const QStringList names{QStringLiteral("--reencode"), QStringLiteral("--quality"),
+                                   QStringLiteral("--process-all"), QStringLiteral("--preserve-dates")};
+    return names;
+}
+
+} // namespace
+
+QString usagetext() {
+    return QStringLiteral(
+        "Usage: pivotel-cli [OPTIONS] PATH...\n"
+        "Turns JPEG photos in place, losslessly, by their EXIF orientation or by a chosen action.\n"
+        "PATH may name files and folders; folders are scanned with their sub folders.\n"
+        "\n"
+        "  --no-recursive          only the files directly in a folder\n"
+        "  --action=ACTION         one action for every photo: cw, ccw, 180, flip or asis\n"
+        "                          (default: from the EXIF orientation; photos needing no turn\n"
+        "                          are skipped)\n"
+        "  --dry-run               list each photo and its action; change nothing\n"
+        "  --json                  print the final report as JSON on standard output\n"
+        "  --help                  show this help\n"
+        "  --version               show the version\n"
+        "\n"
+        "Exit status: 0 when every photo was done, 1 when any photo or input failed or was\n"
+        "missing, 2 for bad usage or when no input was a JPEG photo.\n");
+}
+
+Result<CliOptions> parsearguments(const QStringList& arguments) {
+    CliOptions options;
+    bool onlypaths = false;
+    for (const QString& argument : arguments) {
+        if (onlypaths || !argument.startsWith(QLatin1Char('-'))) {
+            options.paths << argument;
+            continue;
+        }
+        if (!argument.startsWith(QLatin1String("--")))
+            return Status::failure(QStringLiteral("unknown option %1").arg(argument));
+        const QString name = argument.section(QLatin1Char('='), 0, 0);
+        const bool hasvalue = argument.contains(QLatin1Char('='));
+        const QString value = argument.section(QLatin1Char('='), 1);
+        if (argument == QLatin1String("--")) {
+            onlypaths = true;
+        } else if (notyetavailable().contains(name)) {
+            return Status::failure(QStringLiteral("%1 is not available in this version yet").arg(name));
+        } else if (name == QLatin1String("--action")) {
+            const auto found = actionnames().find(value.toLower());
+            if (!hasvalue || found == actionnames().end())
+                return Status::failure(
+                    QStringLiteral("--action needs one of cw, ccw, 180, flip, asis (got \"%1\")").arg(value));
+            options.action = found->second;
+        } else if (hasvalue) {
+            return Status::failure(QStringLiteral("%1 takes no value").arg(name));
+        } else if (name == QLatin1String("--no-recursive")) {
+            options.recursive = false;
+        } else if (name == QLatin1String("--dry-run")) {
+            options.dryrun = true;
+        } else if (name == QLatin1String("--json")) {
+            options.json = true;
+        } else if (name == QLatin1String("--help")) {
+            options.help = true;
+        } else if (name == QLatin1String("--version")) {
+            options.version = true;
+        } else {
+            return Status::failure(QStringLiteral("unknown option %1").arg(argument));
+        }
+    }
+    if (options.paths.isEmpty() && !options.help && !options.version)
+        return Status::failure(QStringLiteral("no photo or folder given"));
+    return options;
+}
+
+} // namespace pivotel::cli

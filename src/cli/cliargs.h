@@ -1,0 +1,31 @@
+#pragma once
+
+#include "support/status.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace pivotel::cli {
+
+struct CliOptions {
+    QStringList paths;
+    bool recursive = true;
+    std::optional<QString> action; // a label for every photo; none: from the EXIF orientation
+    bool reencode = false;
+    int quality = 75;
+    bool processall = false;
+    bool preservedates = false;
+    bool dryrun = false;
+    bool json = false;
+    bool help = false;
+    bool version = false;
+};
+
+// Parses the command line (without the program name). A failure's reason is the message for
+// the user; the exit code for it is 2.
+Result<CliOptions> parsearguments(const QStringList& arguments);
+
+QString usagetext();
+
+} // namespace pivotel::cli

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "photolist/admission.h"
+#include "photolist/photolistmodel.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+namespace pivotel::cli {
+
+// An input that could not be taken, and why.
+struct InputProblem {
+    QString path;
+    QString reason;
+};
+
+// A photo that is left alone, and why.
+struct SkippedPhoto {
+    QString path;
+    QString reason;
+};
+
+struct IntakeResult {
+    std::vector<InputProblem> problems;
+    std::vector<SkippedPhoto> skipped; // refused by the "needs no turn" rule
+    qint64 admitted = 0;               // rows put on the list
+};
+
+struct IntakeOptions {
+    bool recursive = true;
+    std::optional<QString> action; // overrides every admitted photo's label
+};
+
+// Puts the photos named by `paths` (files, and folders scanned as the window scans them) on
+// `list` through the same admission as the window's intake. With no action the labels come
+// from the EXIF orientation and photos that need no turn are left off.
+IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list);
+
+} // namespace pivotel::cli

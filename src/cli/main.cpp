@@ -1,0 +1,133 @@
+// pivotel-cli: the headless front end. It takes photos in as the window does, runs the same
+// engine with the same rules, and reports on standard error (and as JSON on request).
+
+#include "cli/cliargs.h"
+#include "cli/intake.h"
+#include "cli/progress.h"
+#include "cli/report.h"
+#include "engine/batchrun.h"
+#include "photolist/labels.h"
+#include "support/places.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+
+using namespace pivotel;
+using namespace pivotel::cli;
+
+namespace {
+
+std::atomic<bool> interrupted{false};
+
+void oninterrupt(int) {
+    interrupted = true;
+    // A second Ctrl-C ends the program at once; the photo in work is safe either way.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+void say(const QString& text) {
+    std::fputs(text.toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
+}
+
+void writestdout(const QByteArray& bytes) {
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& options, QCoreApplication& app) {
+    ListState state;
+    BatchRun run(work, options, {datafolder(), toolfile()}, state);
+    Progress progress(static_cast<qint64>(work.size()), stderr);
+    QObject::connect(&run, &BatchRun::photostarted, &app,
+                     [&progress](qint64 row, const QString& name) { progress.photo(row, name); });
+    QObject::connect(&run, &QThread::finished, &app, &QCoreApplication::quit);
+
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &app, [&run, &watch] {
+        if (interrupted) {
+            say(QStringLiteral("\nStopping after the photo in work...\n"));
+            run.requeststop();
+            watch.stop();
+        }
+    });
+    std::signal(SIGINT, oninterrupt);
+    watch.start(100);
+
+    run.start();
+    app.exec();
+    run.wait();
+    progress.finish();
+    return run.reports();
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("3.6.4"));
+
+    const auto parsed = parsearguments(app.arguments().mid(1));
+    if (!parsed) {
+        say(QStringLiteral("pivotel-cli: %1\nTry 'pivotel-cli --help'.\n").arg(parsed.reason()));
+        return 2;
+    }
+    const CliOptions& cli = parsed.value();
+    if (cli.help) {
+        writestdout(usagetext().toLocal8Bit());
+        return 0;
+    }
+    if (cli.version) {
+        writestdout(QByteArrayLiteral("pivotel-cli 3.6.4\n"));
+        return 0;
+    }
+
+    PhotoListModel list;
+    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action}, list);
+    for (const InputProblem& problem : intake.problems)
+        say(QStringLiteral("pivotel-cli: %1: %2\n").arg(problem.path, problem.reason));
+    if (intake.admitted == 0 && intake.skipped.empty()) {
+        say(QStringLiteral("pivotel-cli: no JPEG photo to work on\n"));
+        return 2;
+    }
+
+    RunOptions options;
+    const SelectionRule rule = options.selection();
+    list.counttodolist(rule);
+    list.makelist(rule);
+
+    RunReport report;
+    report.dryrun = cli.dryrun;
+    for (const InputProblem& problem : intake.problems)
+        report.failed.push_back({problem.path, problem.reason});
+    for (const SkippedPhoto& skipped : intake.skipped)
+        report.skipped.push_back({skipped.path, skipped.reason});
+    for (qint64 r = 0; r < list.count(); ++r) {
+        if (!rule.takes(list.row(r).label))
+            report.skipped.push_back({list.row(r).path, QStringLiteral("action \"As Is\"")});
+    }
+
+    if (cli.dryrun) {
+        for (const PhotoRow& photo : list.filelist()) {
+            report.turned.push_back({photo.path, photo.label});
+            if (!cli.json)
+                writestdout((photo.label + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
+        }
+    } else if (!list.filelist().empty()) {
+        for (const PhotoReport& done : runengine(list.filelist(), options, app)) {
+            if (done.outcome == PhotoOutcome::Turned)
+                report.turned.push_back({done.photo.path, done.photo.label});
+            else
+                report.failed.push_back({done.photo.path, done.reason});
+        }
+    }
+
+    say(report.summarytext());
+    if (cli.json)
+        writestdout(report.json());
+    return report.exitcode();
+}

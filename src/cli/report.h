@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+#include <vector>
+
+namespace pivotel::cli {
+
+// The end of a pivotel-cli run: what was turned, left alone and not done.
+struct Entry {
+    QString path;
+    QString text; // the action for a turned photo, the reason otherwise
+};
+
+struct RunReport {
+    bool dryrun = false;
+    std::vector<Entry> turned; // in a dry run: the photos that would be turned
+    std::vector<Entry> skipped;
+    std::vector<Entry> failed;
+
+    // 0 when everything asked for was done, 1 when anything failed.
+    int exitcode() const { return failed.empty() ? 0 : 1; }
+    QString summarytext() const;
+    QByteArray json() const;
+};
+
+} // namespace pivotel::cli

@@ -1,0 +1,102 @@
+#include "engine/photorewrite.h"
+
+#include "support/fileio.h"
+#include "support/places.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace pivotel {
+
+namespace {
+
+QByteArray native(const QString& path) {
+    return QFile::encodeName(path);
+}
+
+Status syncfolder(const QString& folder) {
+    UniqueFd fd(::open(native(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd.valid() || ::fsync(fd.get()) != 0)
+        return Status::failure(errnotext(errno));
+    return Status::success();
+}
+
+} // namespace
+
+Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder) {
+    std::unique_ptr<PhotoRewrite> rewrite(new PhotoRewrite());
+    rewrite->photo_ = photo;
+
+    struct stat photostat {};
+    if (::stat(native(photo).constData(), &photostat) != 0)
+        return Status::failure(errnotext(errno));
+    if (!S_ISREG(photostat.st_mode))
+        return Status::failure(QStringLiteral("not a regular file"));
+    rewrite->mode_ = photostat.st_mode & 07777;
+    rewrite->uid_ = photostat.st_uid;
+    rewrite->gid_ = photostat.st_gid;
+
+    const QFileInfo photoinfo(photo);
+    const QString photofolder = photoinfo.absolutePath();
+    if (::access(native(photofolder).constData(), W_OK) != 0)
+        return Status::failure(QStringLiteral("its folder can't be written (%1)").arg(errnotext(errno)));
+
+    if (!ensurefolder(datafolder))
+        return Status::failure(QStringLiteral("the data folder %1 can't be made").arg(datafolder));
+    rewrite->lock_ = UniqueFd(::open(native(datafolder + QStringLiteral("/xtemp.lock")).constData(),
+                                     O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!rewrite->lock_.valid())
+        return Status::failure(QStringLiteral("the data folder can't be written (%1)").arg(errnotext(errno)));
+    while (::flock(rewrite->lock_.get(), LOCK_EX) != 0) {
+        if (errno != EINTR)
+            return Status::failure(errnotext(errno));
+    }
+
+    struct stat datastat {};
+    const bool samefilesystem =
+        ::stat(native(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
+    rewrite->working_ = samefilesystem ? datafolder + QStringLiteral("/xtemp.jpg")
+                                       : photofolder + QStringLiteral("/.") + photoinfo.fileName() +
+                                             QStringLiteral(".pivotel-xtemp");
+    ::unlink(native(rewrite->working_).constData());
+    return rewrite;
+}
+
+PhotoRewrite::~PhotoRewrite() {
+    if (!committed_ && !working_.isEmpty())
+        ::unlink(native(working_).constData());
+}
+
+Status PhotoRewrite::commit() {
+    const QByteArray working = native(working_);
+    {
+        UniqueFd fd(::open(working.constData(), O_RDONLY | O_CLOEXEC));
+        if (!fd.valid())
+            return Status::failure(QStringLiteral("the new photo is missing (%1)").arg(errnotext(errno)));
+        struct stat st {};
+        if (::fstat(fd.get(), &st) != 0 || st.st_size == 0)
+            return Status::failure(QStringLiteral("the new photo is empty"));
+        if (::fsync(fd.get()) != 0)
+            return Status::failure(QStringLiteral("the new photo can't be saved (%1)").arg(errnotext(errno)));
+        // Only a privileged process can give the file another owner; others keep their own.
+        if (::fchown(fd.get(), uid_, gid_) != 0 && errno != EPERM)
+            return Status::failure(errnotext(errno));
+        if (::fchmod(fd.get(), mode_) != 0)
+            return Status::failure(errnotext(errno));
+    }
+    // The photo may have gone while it was worked on; don't bring it back.
+    if (::access(native(photo_).constData(), F_OK) != 0)
+        return Status::failure(QStringLiteral("the photo vanished during its turn"));
+    if (::rename(working.constData(), native(photo_).constData()) != 0)
+        return Status::failure(QStringLiteral("the photo can't be replaced (%1)").arg(errnotext(errno)));
+    committed_ = true;
+    syncfolder(QFileInfo(photo_).absolutePath());
+    return Status::success();
+}
+
+} // namespace pivotel

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "support/status.h"
+#include "support/uniquefd.h"
+
+#include <QString>
+#include <memory>
+#include <sys/types.h>
+
+namespace pivotel {
+
+// A photo's new content is built in a working file, and commit() puts it at the photo's path
+// with a single rename(2). At every instant the photo's path holds either the whole old photo
+// or the whole new one, whatever stops the program.
+//
+// The working file is "xtemp.jpg" in the data folder when that lies on the photo's file system;
+// otherwise a hidden file beside the photo, since rename(2) can't cross file systems.
+// Only one rewrite at a time may use the data folder, across processes too: a lock on it is
+// held for the rewrite's life.
+class PhotoRewrite {
+  public:
+    // Prepares the rewrite of `photo`; fails when the photo or its folder can't be written.
+    static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder);
+
+    PhotoRewrite(const PhotoRewrite&) = delete;
+    PhotoRewrite& operator=(const PhotoRewrite&) = delete;
+    // An uncommitted working file is removed: the photo stays as it was.
+    ~PhotoRewrite();
+
+    const QString& photo() const { return photo_; }
+    const QString& workingpath() const { return working_; }
+
+    // Flushes the working file, gives it the photo's permission bits and owner, and renames it
+    // over the photo.
+    Status commit();
+
+  private:
+    PhotoRewrite() = default;
+
+    QString photo_;
+    QString working_;
+    mode_t mode_ = 0644;
+    uid_t uid_ = 0;
+    gid_t gid_ = 0;
+    UniqueFd lock_;
+    bool committed_ = false;
+};
+
+} // namespace pivotel

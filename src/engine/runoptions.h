@@ -1,0 +1,26 @@
+#pragma once
+
+#include "photolist/photolistmodel.h"
+
+#include <QString>
+
+namespace pivotel {
+
+// The options of one run, frozen when it starts: a control changed during the run has no
+// effect on it.
+struct RunOptions {
+    bool uselosslessrotation = true; // xuselosslessrotation
+    bool normalprocessall = false;   // xnormalprocessall
+    int quality = 70;                // xquality, 10 to 100
+    bool preservedates = false;      // ispreservedates
+
+    SelectionRule selection() const { return {normalprocessall, uselosslessrotation}; }
+};
+
+// Where a run finds the metadata tool and keeps its temporary files.
+struct RunPlaces {
+    QString datafolder;
+    QString toolfile;
+};
+
+} // namespace pivotel

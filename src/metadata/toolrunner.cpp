@@ -1,0 +1,51 @@
+#include "metadata/toolrunner.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+namespace pivotel {
+
+QString ToolResult::failuretext() const {
+    if (!started)
+        return QStringLiteral("the metadata tool could not be started");
+    if (timedout)
+        return QStringLiteral("the metadata tool did not answer in time");
+    if (exitcode != 0) {
+        const QString detail = QString::fromUtf8(err).trimmed().section(QLatin1Char('\n'), 0, 0);
+        return detail.isEmpty() ? QStringLiteral("the metadata tool failed (exit %1)").arg(exitcode) : detail;
+    }
+    return QString();
+}
+
+ToolResult runandread(const QString& program, const QStringList& arguments, int timeoutms) {
+    ToolResult result;
+    QProcess process;
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.start(QIODevice::ReadOnly);
+    if (!process.waitForStarted(timeoutms))
+        return result;
+    result.started = true;
+    // QProcess keeps draining both pipes while it waits, so the child never stalls on them.
+    if (!process.waitForFinished(timeoutms)) {
+        result.timedout = true;
+        process.kill();
+        process.waitForFinished(1000);
+    }
+    result.out = process.readAllStandardOutput();
+    result.err = process.readAllStandardError();
+    if (!result.timedout)
+        result.exitcode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return result;
+}
+
+bool launchonly(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    return process.startDetached();
+}
+
+} // namespace pivotel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+namespace pivotel {
+
+class PhotoListModel;
+
+// The two intake options, read afresh for every file.
+struct AdmissionOptions {
+    bool useexiforientation = true;  // "Use EXIF (Camera Settings) Orientation"
+    bool onlyloadwhenneeded = false; // "Only Load Photos That Needs to be Rotated"
+};
+
+enum class Verdict {
+    Admitted,   // gets a row with `label`
+    NotJpeg,    // isvalid refused it
+    Unreadable, // the orientation probe said "Fail"
+    NotNeeded,  // needs no turn and only photos that need one are loaded
+};
+
+struct Admission {
+    Verdict verdict;
+    QString label;  // the label the row gets, or the probe's result when refused
+    QString reason; // why a file was refused, for front ends that tell
+};
+
+// Judges a file that has passed its intake path's extension test.
+Admission judgephoto(const QString& path, const AdmissionOptions& options);
+
+// Judges the file and, when admitted, appends its row. Refusals are silent here.
+Admission admitphoto(PhotoListModel& list, const QString& name, const QString& path,
+                     const AdmissionOptions& options);
+
+} // namespace pivotel

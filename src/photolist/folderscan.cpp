@@ -1,0 +1,124 @@
+#include "photolist/folderscan.h"
+
+#include "photolist/extensions.h"
+
+#include <QDir>
+#include <QFile>
+#include <algorithm>
+#include <set>
+#include <sys/stat.h>
+#include <utility>
+
+namespace pivotel {
+
+namespace {
+
+using FolderId = std::pair<dev_t, ino_t>;
+
+// Name order as a file browser shows it: numbers by value ("IMG_2" before "IMG_10"), letters
+// ignoring case, and the exact text to settle ties.
+bool naturalless(const QString& a, const QString& b) {
+    qsizetype i = 0, j = 0;
+    while (i < a.size() && j < b.size()) {
+        if (a[i].isDigit() && b[j].isDigit()) {
+            const qsizetype si = i, sj = j;
+            while (i < a.size() && a[i].isDigit())
+                ++i;
+            while (j < b.size() && b[j].isDigit())
+                ++j;
+            QStringView da = QStringView(a).mid(si, i - si), db = QStringView(b).mid(sj, j - sj);
+            while (da.size() > 1 && da.front() == u'0')
+                da = da.mid(1);
+            while (db.size() > 1 && db.front() == u'0')
+                db = db.mid(1);
+            if (da.size() != db.size())
+                return da.size() < db.size();
+            if (const int c = da.compare(db); c != 0)
+                return c < 0;
+            continue;
+        }
+        const QChar ca = a[i].toCaseFolded(), cb = b[j].toCaseFolded();
+        if (ca != cb)
+            return ca < cb;
+        ++i;
+        ++j;
+    }
+    if (i < a.size() || j < b.size())
+        return j < b.size();
+    return a < b;
+}
+
+bool folderid(const QString& path, FolderId& id) {
+    struct stat st {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return false;
+    id = {st.st_dev, st.st_ino};
+    return true;
+}
+
+class Scan {
+  public:
+    explicit Scan(const ScanCallbacks& callbacks) : callbacks_(callbacks) {}
+
+    void folder(const QString& path, bool recursive) {
+        if (callbacks_.begin)
+            callbacks_.begin();
+        FolderId id;
+        // The folders on the way down: a link back to one of them would never end.
+        if (folderid(path, id) && ancestors_.insert(id).second) {
+            items(path, recursive);
+            ancestors_.erase(id);
+        }
+        if (callbacks_.end)
+            callbacks_.end();
+    }
+
+  private:
+    void items(const QString& path, bool recursive) {
+        QDir dir(path);
+        QStringList names = dir.entryList(
+            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
+        std::sort(names.begin(), names.end(), naturalless);
+
+        qint64 count = 0;
+        for (const QString& name : std::as_const(names)) {
+            ++count;
+            const QString itempath = dir.filePath(name);
+            const QFileInfo info(itempath);
+            if (hasextension(name, extensions::packages())) {
+                yield();
+                continue;
+            }
+            if (info.isDir()) {
+                if (!name.contains(QLatin1String("/.")) && recursive)
+                    folder(itempath, true);
+                yield();
+                continue;
+            }
+            if (!hasextension(name, extensions::folderscan()) || !callbacks_.file) {
+                yield();
+                continue;
+            }
+            const bool looked = callbacks_.file(name, itempath);
+            if (looked && count >= 89 && count % 100 == 0 && callbacks_.hundredth)
+                callbacks_.hundredth();
+            yield();
+        }
+    }
+
+    void yield() {
+        if (callbacks_.yield)
+            callbacks_.yield();
+    }
+
+    const ScanCallbacks& callbacks_;
+    std::set<FolderId> ancestors_;
+};
+
+} // namespace
+
+void loadrecursive(const QString& folder, bool recursive, const ScanCallbacks& callbacks) {
+    Scan(callbacks).folder(folder, recursive);
+}
+
+} // namespace pivotel

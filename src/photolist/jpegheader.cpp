@@ -1,0 +1,126 @@
+#include "photolist/jpegheader.h"
+
+#include <QFile>
+#include <cstring>
+
+namespace pivotel {
+
+namespace {
+
+// Caps the header walk: no real photo has 64 MB of markers before its image data.
+constexpr qint64 maxheaderbytes = 64 * 1024 * 1024;
+
+bool isstandalone(unsigned char marker) {
+    return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7);
+}
+
+quint16 read16(const unsigned char* p, bool bigendian) {
+    return bigendian ? static_cast<quint16>(p[0] << 8 | p[1]) : static_cast<quint16>(p[1] << 8 | p[0]);
+}
+
+quint32 read32(const unsigned char* p, bool bigendian) {
+    return bigendian ? (quint32(p[0]) << 24 | quint32(p[1]) << 16 | quint32(p[2]) << 8 | p[3])
+                     : (quint32(p[3]) << 24 | quint32(p[2]) << 16 | quint32(p[1]) << 8 | p[0]);
+}
+
+// Orientation (tag 0x0112) in IFD0 of a TIFF structure.
+std::optional<int> tifforientation(const unsigned char* tiff, qsizetype size) {
+    if (size < 8)
+        return std::nullopt;
+    bool bigendian;
+    if (tiff[0] == 'M' && tiff[1] == 'M')
+        bigendian = true;
+    else if (tiff[0] == 'I' && tiff[1] == 'I')
+        bigendian = false;
+    else
+        return std::nullopt;
+    if (read16(tiff + 2, bigendian) != 42)
+        return std::nullopt;
+    const quint32 ifd = read32(tiff + 4, bigendian);
+    if (ifd > quint32(size) || size - qsizetype(ifd) < 2)
+        return std::nullopt;
+    const quint16 count = read16(tiff + ifd, bigendian);
+    for (quint32 i = 0; i < count; ++i) {
+        const qsizetype entry = qsizetype(ifd) + 2 + qsizetype(i) * 12;
+        if (entry + 12 > size)
+            return std::nullopt;
+        if (read16(tiff + entry, bigendian) != 0x0112)
+            continue;
+        const quint16 type = read16(tiff + entry + 2, bigendian);
+        if (type == 3) // SHORT, stored in the first two bytes of the value field
+            return read16(tiff + entry + 8, bigendian);
+        if (type == 4) // LONG
+            return static_cast<int>(read32(tiff + entry + 8, bigendian));
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+Result<QByteArray> readjpegheader(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return Status::failure(file.errorString());
+    QByteArray header = file.read(2);
+    if (header.size() != 2 || uchar(header[0]) != 0xFF || uchar(header[1]) != 0xD8)
+        return Status::failure(QStringLiteral("not a JPEG file"));
+    while (header.size() < maxheaderbytes) {
+        char c = 0;
+        if (!file.getChar(&c))
+            return Status::failure(QStringLiteral("the JPEG header ends early"));
+        if (uchar(c) != 0xFF)
+            return Status::failure(QStringLiteral("the JPEG header is damaged"));
+        unsigned char marker = 0xFF;
+        while (marker == 0xFF) { // fill bytes may stand before a marker
+            if (!file.getChar(&c))
+                return Status::failure(QStringLiteral("the JPEG header ends early"));
+            marker = uchar(c);
+        }
+        header.append(char(0xFF));
+        header.append(char(marker));
+        if (marker == 0xD9)
+            return Status::failure(QStringLiteral("the JPEG file holds no image"));
+        if (isstandalone(marker))
+            continue;
+        const QByteArray lengthbytes = file.read(2);
+        if (lengthbytes.size() != 2)
+            return Status::failure(QStringLiteral("the JPEG header ends early"));
+        const int length = uchar(lengthbytes[0]) << 8 | uchar(lengthbytes[1]);
+        if (length < 2)
+            return Status::failure(QStringLiteral("the JPEG header is damaged"));
+        const QByteArray body = file.read(length - 2);
+        if (body.size() != length - 2)
+            return Status::failure(QStringLiteral("the JPEG header ends early"));
+        header.append(lengthbytes);
+        header.append(body);
+        if (marker == 0xDA) // start of scan: the header is complete
+            return header;
+    }
+    return Status::failure(QStringLiteral("the JPEG header is too large"));
+}
+
+std::optional<int> exiforientation(const QByteArray& header) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(header.constData());
+    qsizetype pos = 2;
+    while (pos + 4 <= header.size()) {
+        if (bytes[pos] != 0xFF)
+            return std::nullopt;
+        const unsigned char marker = bytes[pos + 1];
+        if (isstandalone(marker)) {
+            pos += 2;
+            continue;
+        }
+        const int length = bytes[pos + 2] << 8 | bytes[pos + 3];
+        const qsizetype body = pos + 4;
+        const qsizetype end = pos + 2 + length;
+        if (end > header.size() || marker == 0xDA)
+            return std::nullopt;
+        if (marker == 0xE1 && end - body >= 6 && std::memcmp(bytes + body, "Exif\0\0", 6) == 0)
+            return tifforientation(bytes + body + 6, end - body - 6);
+        pos = end;
+    }
+    return std::nullopt;
+}
+
+} // namespace pivotel

@@ -1,0 +1,111 @@
+#include "photolist/photolistmodel.h"
+
+#include "photolist/labels.h"
+
+namespace pivotel {
+
+bool SelectionRule::takes(const QString& label) const {
+    if (normalprocessall && !uselosslessrotation)
+        return true;
+    return !labelequals(label, label::asis);
+}
+
+PhotoListModel::PhotoListModel(QObject* parent) : QAbstractTableModel(parent) {
+}
+
+int PhotoListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+int PhotoListModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant PhotoListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || !hasrow(index.row()))
+        return {};
+    const PhotoRow& r = rows_[static_cast<size_t>(index.row())];
+    if (role == Qt::DisplayRole || role == Qt::EditRole) {
+        switch (index.column()) {
+        case NameColumn:
+            return r.name;
+        case LabelColumn:
+            return r.label;
+        case PathColumn:
+            return r.path;
+        default:
+            return {};
+        }
+    }
+    if (role == Qt::ToolTipRole && index.column() == NameColumn)
+        return r.path;
+    return {};
+}
+
+QVariant PhotoListModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    switch (section) {
+    case NameColumn:
+        return QStringLiteral("Filename");
+    case LabelColumn:
+        return QStringLiteral("Orientation");
+    case PathColumn:
+        return QStringLiteral("Full Path");
+    case ThumbnailColumn:
+        return QStringLiteral(" ");
+    default:
+        return {};
+    }
+}
+
+void PhotoListModel::appendrow(const QString& name, const QString& label, const QString& path) {
+    const int at = static_cast<int>(rows_.size());
+    beginInsertRows({}, at, at);
+    rows_.push_back({name, label, path});
+    endInsertRows();
+}
+
+void PhotoListModel::setlabel(qint64 row, const QString& label) {
+    if (!hasrow(row))
+        return;
+    rows_[static_cast<size_t>(row)].label = label;
+    const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
+    emit dataChanged(cell, cell, {Qt::DisplayRole});
+}
+
+void PhotoListModel::setalllabels(const QString& label) {
+    if (rows_.empty())
+        return;
+    for (PhotoRow& r : rows_)
+        r.label = label;
+    emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
+                     {Qt::DisplayRole});
+}
+
+void PhotoListModel::clearlist() {
+    beginResetModel();
+    rows_.clear();
+    endResetModel();
+}
+
+qint64 PhotoListModel::counttodolist(const SelectionRule& rule) {
+    qint64 n = 0;
+    for (const PhotoRow& r : rows_) {
+        if (rule.takes(r.label))
+            ++n;
+    }
+    thelistcount_ = n;
+    return n;
+}
+
+void PhotoListModel::makelist(const SelectionRule& rule) {
+    filelist_.clear();
+    filelist_.reserve(static_cast<size_t>(thelistcount_));
+    for (const PhotoRow& r : rows_) {
+        if (rule.takes(r.label))
+            filelist_.push_back(r);
+    }
+}
+
+} // namespace pivotel

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QString>
+#include <vector>
+
+namespace pivotel {
+
+// One photo on the list: the texts of the list's columns 0 to 2.
+struct PhotoRow {
+    QString name;  // the file's name with its extension
+    QString label; // the action label
+    QString path;  // the POSIX path: the row's identity for every later step
+};
+
+// The run's packed snapshot of the rows it works on, in list order.
+using WorkList = std::vector<PhotoRow>;
+
+// Which rows a run takes: every row in a process-all run (process-all on, lossless off);
+// otherwise the rows whose label isn't "As Is", compared ignoring case.
+struct SelectionRule {
+    bool normalprocessall = false;
+    bool uselosslessrotation = true;
+    bool takes(const QString& label) const;
+};
+
+// The photo list: the row store the window shows, owned by the main thread. The run never
+// reads it; it works on the snapshot `filelist` made just before it starts.
+class PhotoListModel : public QAbstractTableModel {
+    Q_OBJECT
+  public:
+    enum Column { NameColumn = 0, LabelColumn = 1, PathColumn = 2, ThumbnailColumn = 3, ColumnCount = 4 };
+
+    explicit PhotoListModel(QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    qint64 count() const { return static_cast<qint64>(rows_.size()); }
+    bool hasrow(qint64 row) const { return row >= 0 && row < count(); }
+    const PhotoRow& row(qint64 row) const { return rows_.at(static_cast<size_t>(row)); }
+
+    // Appends a row; the list's order is the order of arrival, duplicates included.
+    void appendrow(const QString& name, const QString& label, const QString& path);
+    void setlabel(qint64 row, const QString& label);
+    void setalllabels(const QString& label);
+    // Removes every row; `filelist` and `thelistcount` keep what they hold.
+    void clearlist();
+
+    // Counts the rows the rule takes, stores the count in `thelistcount` and returns it.
+    qint64 counttodolist(const SelectionRule& rule);
+    // Fills `filelist` with the rows the rule takes, packed from row 0.
+    void makelist(const SelectionRule& rule);
+    const WorkList& filelist() const { return filelist_; }
+    void resetfilelist() { filelist_.clear(); }
+    qint64 thelistcount() const { return thelistcount_; }
+
+  private:
+    std::vector<PhotoRow> rows_;
+    WorkList filelist_;
+    qint64 thelistcount_ = 0;
+};
+
+} // namespace pivotel

@@ -1,0 +1,78 @@
+#include "support/fileio.h"
+
+#include "support/uniquefd.h"
+
+#include <QFile>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace pivotel {
+
+QString errnotext(int error) {
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+Result<QByteArray> readwholefile(const QString& path) {
+    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid())
+        return Status::failure(errnotext(errno));
+    struct stat st {};
+    if (::fstat(fd.get(), &st) != 0)
+        return Status::failure(errnotext(errno));
+    if (!S_ISREG(st.st_mode))
+        return Status::failure(QStringLiteral("not a regular file"));
+    QByteArray data;
+    data.resize(static_cast<qsizetype>(st.st_size));
+    qsizetype done = 0;
+    while (done < data.size()) {
+        const ssize_t n = ::read(fd.get(), data.data() + done, static_cast<size_t>(data.size() - done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return Status::failure(errnotext(errno));
+        if (n == 0)
+            break;
+        done += n;
+    }
+    // The file may have shrunk while it was read; keep what is there.
+    data.truncate(done);
+    return data;
+}
+
+Status writewholefile(const QString& path, const void* data, qsizetype size, unsigned mode) {
+    const QByteArray native = QFile::encodeName(path);
+    UniqueFd fd(::open(native.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
+    if (!fd.valid())
+        return Status::failure(errnotext(errno));
+    const char* bytes = static_cast<const char*>(data);
+    qsizetype done = 0;
+    while (done < size) {
+        const ssize_t n = ::write(fd.get(), bytes + done, static_cast<size_t>(size - done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0) {
+            const int error = errno;
+            ::unlink(native.constData());
+            return Status::failure(errnotext(error));
+        }
+        done += n;
+    }
+    if (!fd.close()) {
+        const int error = errno;
+        ::unlink(native.constData());
+        return Status::failure(errnotext(error));
+    }
+    return Status::success();
+}
+
+Status syncfile(const QString& path) {
+    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid() || ::fsync(fd.get()) != 0)
+        return Status::failure(errnotext(errno));
+    return Status::success();
+}
+
+} // namespace pivotel

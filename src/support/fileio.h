@@ -1,0 +1,23 @@
+#pragma once
+
+#include "support/status.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace pivotel {
+
+// The whole content of a file.
+Result<QByteArray> readwholefile(const QString& path);
+
+// Writes `size` bytes to a new file at `path`, replacing one that is there. On failure the
+// partial file is removed. Flushing to the disk is left to whoever publishes the file.
+Status writewholefile(const QString& path, const void* data, qsizetype size, unsigned mode = 0644);
+
+// Flushes a file's data to the disk.
+Status syncfile(const QString& path);
+
+// A readable text for an errno value, e.g. "Permission denied".
+QString errnotext(int error);
+
+} // namespace pivotel

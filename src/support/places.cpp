@@ -1,0 +1,30 @@
+#include "support/places.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace pivotel {
+
+QString resourcesfolder() {
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources"));
+}
+
+QString toolfile() {
+    return resourcesfolder() + QStringLiteral("/exiftool/exiftool");
+}
+
+QString datafolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/com.zenthori.pivotel");
+}
+
+QString pexiffolder() {
+    return datafolder() + QStringLiteral("/pexif");
+}
+
+bool ensurefolder(const QString& path) {
+    return QDir().mkpath(path);
+}
+
+} // namespace pivotel

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+namespace pivotel {
+
+// Where Pivotel keeps and finds its files. Computed at each use, never cached, so tests can
+// point them elsewhere (XDG_DATA_HOME moves the data folder).
+
+// The bundle's Resources folder: <executable>/../../Resources.
+QString resourcesfolder();
+// The metadata tool inside the bundle.
+QString toolfile();
+// The application's data folder, holding the temporary files of a run.
+QString datafolder();
+// The folder of the metadata dump.
+QString pexiffolder();
+
+// Makes the folder (and its parents) when it is missing; true when it exists afterwards.
+bool ensurefolder(const QString& path);
+
+} // namespace pivotel

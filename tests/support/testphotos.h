@@ -1,0 +1,58 @@
+#pragma once
+
+#include "photolist/labels.h"
+#include "support/qtprinting.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+namespace pivotel::test {
+
+// Decoded RGB pixels, row by row.
+struct Pixels {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> rgb;
+
+    const unsigned char* at(int x, int y) const { return &rgb[(static_cast<size_t>(y) * width + x) * 3]; }
+};
+
+// A picture in which every turn and flip gives a different image.
+Pixels pattern(int width, int height);
+
+enum class Sampling { S444, S420 };
+
+// Encodes pixels as a baseline JPEG.
+void writejpeg(const QString& path, const Pixels& pixels, int quality = 95,
+               Sampling sampling = Sampling::S444);
+// Writes a pattern JPEG of the given size.
+void writepattern(const QString& path, int width, int height, Sampling sampling = Sampling::S444);
+Pixels decodejpeg(const QString& path);
+
+// The exact pixel result of an action.
+Pixels turned(const Pixels& pixels, Action action);
+// The largest difference of any channel of any pixel; images of other sizes give 255.
+int maxdifference(const Pixels& a, const Pixels& b);
+
+QByteArray readbytes(const QString& path);
+void writebytes(const QString& path, const QByteArray& bytes);
+
+// The marker segments (APPn, COM) of a JPEG file, each with its marker bytes.
+QList<QByteArray> appsegments(const QString& path);
+// Whether the frame header says progressive (SOF2).
+bool isprogressive(const QString& path);
+// Puts a marker segment right after SOI.
+void insertsegment(const QString& path, unsigned char marker, const QByteArray& body);
+
+// The bundle's copy of the metadata tool.
+QString exiftoolpath();
+// Runs the tool with the arguments and returns its standard output; fails the test on error.
+QString exiftool(const QStringList& arguments);
+// Writes tags in place, e.g. {"-n", "-Orientation=6"}.
+void writetags(const QString& path, const QStringList& assignments);
+// Reads one tag's value as the tool prints it with -s -s -s (add "-n" for numbers).
+QString readtag(const QString& path, const QString& tag, bool numeric = false);
+
+} // namespace pivotel::test
