@@ -71,11 +71,14 @@ Status BatchRun::turnphoto(const PhotoRow& photo, ExifTool& tool) {
     auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder);
     if (!rewrite)
         return rewrite.status();
-    const QString& working = rewrite.value()->workingpath();
-    const Status rotated = losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
+    const Status rotated = rotate(photo, rewrite.value()->workingpath(), tool);
     if (!rotated)
         return rotated;
     return rewrite.value()->commit();
+}
+
+Status BatchRun::rotate(const PhotoRow& photo, const QString& working, ExifTool& tool) {
+    return losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
 }
 
 } // namespace pivotel

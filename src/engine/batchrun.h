@@ -55,7 +55,11 @@ class BatchRun : public QThread {
   private:
     void processall();
     PhotoReport processphoto(qint64 row, const PhotoRow& photo, ExifTool& tool);
+    // Every step of one photo's turn that writes: all of them work on the rewrite's working
+    // file, which then replaces the photo in one step.
     Status turnphoto(const PhotoRow& photo, ExifTool& tool);
+    // The rotator of this run, writing the turned photo to `working`.
+    Status rotate(const PhotoRow& photo, const QString& working, ExifTool& tool);
 
     const WorkList filelist_;
     const RunOptions options_;
