@@ -118,12 +118,16 @@ int main(int argc, char* argv[]) {
                 writestdout((photo.label + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
-        for (const PhotoReport& done : runengine(list.filelist(), options, app)) {
-            if (done.outcome == PhotoOutcome::Turned)
-                report.turned.push_back({done.photo.path, done.photo.label});
+        const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
+        for (const PhotoReport& photo : done) {
+            if (photo.outcome == PhotoOutcome::Turned)
+                report.turned.push_back({photo.photo.path, photo.photo.label});
             else
-                report.failed.push_back({done.photo.path, done.reason});
+                report.failed.push_back({photo.photo.path, photo.reason});
         }
+        // A run stopped by Ctrl-C leaves the rest as they were.
+        for (size_t r = done.size(); r < list.filelist().size(); ++r)
+            report.failed.push_back({list.filelist()[r].path, QStringLiteral("not done: the run was stopped")});
     }
 
     say(report.summarytext());

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Lossless run of pivotel-cli over 24-megapixel photos (orientation 6/8/3) against the bare transform,
+# jpegtran -copy all -progressive -rotate, on the same photos. Usage: bench/lossless.sh [photos] [rounds]
+set -euo pipefail
+source "$(dirname "$0")/common.sh"
+need_build
+n=${1:-9}
+rounds=${2:-3}
+make_base
+
+best_bare=
+best_cli=
+for ((round = 1; round <= rounds; round++)); do
+    make_set "$out/bare" "$n"
+    orientations=(6 8 3)
+    start=$(now)
+    for ((i = 0; i < n; i++)); do
+        jpegtran -copy all -progressive -rotate "$(rotation_for "${orientations[i % 3]}")" \
+            -outfile "$out/bare/turned$i.jpg" "$out/bare/photo$i.jpg"
+    done
+    bare=$(elapsed "$start" "$(now)")
+
+    make_set "$out/cli" "$n"
+    start=$(now)
+    "$cli" "$out/cli" 2>/dev/null
+    cli_time=$(elapsed "$start" "$(now)")
+
+    printf 'round %d: jpegtran %.2f s, pivotel-cli %.2f s\n' "$round" "$bare" "$cli_time"
+    if [ -z "$best_bare" ] || (($(echo "$bare < $best_bare" | bc -l))); then best_bare=$bare; fi
+    if [ -z "$best_cli" ] || (($(echo "$cli_time < $best_cli" | bc -l))); then best_cli=$cli_time; fi
+done
+printf '\n%d photos, best of %d rounds\n' "$n" "$rounds"
+printf 'jpegtran (bare transform): %.3f s per photo\n' "$(echo "$best_bare / $n" | bc -l)"
+printf 'pivotel-cli lossless:      %.3f s per photo\n' "$(echo "$best_cli / $n" | bc -l)"
+printf 'ratio: %.2fx\n' "$(echo "$best_cli / $best_bare" | bc -l)"
