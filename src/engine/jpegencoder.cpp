@@ -33,6 +33,17 @@ bool writtenanew(const MarkerSegment& segment) {
     return false;
 }
 
+J_COLOR_SPACE colorspace(QImage::Format format) {
+    switch (format) {
+    case QImage::Format_Grayscale8:
+        return JCS_GRAYSCALE;
+    case QImage::Format_RGB888:
+        return JCS_EXT_RGB;
+    default:
+        return JCS_EXT_RGBX;
+    }
+}
+
 // One compression. Every method that calls libjpeg sets the jump target first and answers
 // false when libjpeg gave up; message() says why.
 class Compression {
@@ -52,11 +63,11 @@ class Compression {
         info_.image_width = JDIMENSION(picture.width());
         info_.image_height = JDIMENSION(picture.height());
         info_.input_components = picture.bytesperpixel();
-        info_.in_color_space = picture.isgrey() ? JCS_GRAYSCALE : JCS_RGB;
+        info_.in_color_space = colorspace(picture.format());
         jpeg_set_defaults(&info_);
         jpeg_set_quality(&info_, settings.quality, TRUE);
         info_.optimize_coding = TRUE;
-        if (!picture.isgrey() && settings.quality >= 90) {
+        if (info_.in_color_space != JCS_GRAYSCALE && settings.quality >= 90) {
             info_.comp_info[0].h_samp_factor = 1;
             info_.comp_info[0].v_samp_factor = 1;
         }
@@ -77,21 +88,18 @@ class Compression {
         return true;
     }
 
-    // `strip` holds `striprows` rows of `stride` bytes.
-    bool writerows(const TurnedPicture& picture, unsigned char* strip, qsizetype stride, int striprows) {
+    // `strip` holds `rows.size()` rows, which `rows` point to.
+    bool writerows(const TurnedPicture& picture, std::vector<JSAMPROW>& rows, qsizetype stride) {
         if (setjmp(error_.jump))
             return false;
-        constexpr int maxrows = 64;
-        JSAMPROW rows[maxrows];
-        const int batch = std::min(striprows, maxrows);
-        for (int k = 0; k < batch; ++k)
-            rows[k] = strip + k * stride;
+        unsigned char* strip = rows.front();
+        const int striprows = int(rows.size());
         while (info_.next_scanline < info_.image_height) {
             const int first = int(info_.next_scanline);
-            const int count = std::min(batch, picture.height() - first);
+            const int count = std::min(striprows, picture.height() - first);
             picture.copyrows(first, count, strip, stride);
             // A file destination never suspends, so every row is taken.
-            jpeg_write_scanlines(&info_, rows, JDIMENSION(count));
+            jpeg_write_scanlines(&info_, rows.data(), JDIMENSION(count));
         }
         return true;
     }
@@ -115,14 +123,18 @@ Status encodejpeg(const TurnedPicture& picture, const EncodeSettings& settings, 
     if (!file)
         return Status::failure(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));
 
-    // Enough rows for one row of MCUs at any sampling, so libjpeg takes each strip whole.
-    constexpr int striprows = 16;
+    // Whole rows of MCUs at any sampling; tall enough that a quarter turn reads long runs of
+    // each source row (a few megabytes at most).
+    constexpr int striprows = 128;
     const qsizetype stride = qsizetype(picture.width()) * picture.bytesperpixel();
     std::vector<unsigned char> strip(size_t(stride) * striprows);
+    std::vector<JSAMPROW> rows(striprows);
+    for (int k = 0; k < striprows; ++k)
+        rows[size_t(k)] = strip.data() + k * stride;
 
     Compression compression;
-    if (!compression.start(picture, settings, file.get()) ||
-        !compression.writerows(picture, strip.data(), stride, striprows) || !compression.finish())
+    if (!compression.start(picture, settings, file.get()) || !compression.writerows(picture, rows, stride) ||
+        !compression.finish())
         return Status::failure(QStringLiteral("can't be encoded (%1)").arg(compression.message()));
 
     if (std::fflush(file.get()) != 0 || std::ferror(file.get()) || std::fclose(file.release()) != 0)

@@ -12,23 +12,25 @@ namespace pivotel {
 // right, as the lossless path's flip does.
 class TurnedPicture {
   public:
-    // `source` is shared, not copied, when it is Format_RGB888 or Format_Grayscale8; any other
-    // format is converted to RGB888 first.
+    // The source is shared, not copied, when its format is Format_RGBX8888, Format_RGB888 or
+    // Format_Grayscale8; any other is converted to Format_RGBX8888 first.
     TurnedPicture(QImage source, Action action);
 
     int width() const;
     int height() const;
+    // The pixel layout of the rows: that of the source.
+    QImage::Format format() const { return source_.format(); }
     int bytesperpixel() const { return bytesperpixel_; }
-    bool isgrey() const { return bytesperpixel_ == 1; }
 
     // Writes rows first .. first + count - 1 of the turned picture to `out`, each row `stride`
-    // bytes after the one before.
+    // bytes after the one before. A quarter turn reads a run of `count` pixels from every source
+    // row, so it goes faster the more rows a call asks for.
     void copyrows(int first, int count, unsigned char* out, qsizetype stride) const;
 
   private:
     QImage source_;
     Action action_;
-    int bytesperpixel_ = 3;
+    int bytesperpixel_ = 4;
 };
 
 } // namespace pivotel

@@ -154,8 +154,9 @@ Result<DecodedPicture> loadpicture(const QString& path) {
     }
     picture.jpgdpi = resolution(info, picture.segments);
 
-    J_COLOR_SPACE colorspace = JCS_RGB;
-    QImage::Format format = QImage::Format_RGB888;
+    // Four bytes a pixel: a turn then moves whole words.
+    J_COLOR_SPACE colorspace = JCS_EXT_RGBX;
+    QImage::Format format = QImage::Format_RGBX8888;
     switch (info.jpeg_color_space) {
     case JCS_GRAYSCALE:
         colorspace = JCS_GRAYSCALE;

@@ -17,7 +17,7 @@ struct MarkerSegment {
 
 // A whole photo in memory, with what a re-encoding has to carry into the new file.
 struct DecodedPicture {
-    // The pixels as the file stores them, EXIF orientation not applied: Format_RGB888, or
+    // The pixels as the file stores them, EXIF orientation not applied: Format_RGBX8888, or
     // Format_Grayscale8 for a grey photo, which so stays grey (and keeps a grey profile valid).
     QImage image;
     QByteArray colorprofile; // the ICC profile, empty when the photo has none

@@ -10,7 +10,7 @@
 
 namespace pivotel::test {
 
-// RGB888 as it is; a grey picture gives each grey value to all three channels.
+// Any picture as RGB; a grey one gives each grey value to all three channels.
 inline Pixels pixelsof(const QImage& image) {
     Pixels p{image.width(), image.height(),
              std::vector<unsigned char>(size_t(image.width()) * image.height() * 3)};
