@@ -7,6 +7,7 @@
 #include "cli/report.h"
 #include "engine/batchrun.h"
 #include "photolist/labels.h"
+#include "support/memorypolicy.h"
 #include "support/places.h"
 
 #include <QCoreApplication>
@@ -67,6 +68,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
+    reusephotobuffers();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
     QCoreApplication::setApplicationVersion(QStringLiteral("3.6.4"));
