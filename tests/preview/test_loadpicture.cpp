@@ -11,7 +11,7 @@ using namespace pivotel::test;
 
 namespace {
 
-// An ICC profile split into APP2 chunks of at most 65519 bytes, as the ICC specification has it.
+// An ICC profile split into APP2 chunks of at most 65519 bytes, as ICC.1 embeds one in a JPEG.
 QByteArray profile(qsizetype size) {
     QByteArray bytes(size, Qt::Uninitialized);
     for (qsizetype i = 0; i < size; ++i)
