@@ -7,6 +7,7 @@
 #include "cli/report.h"
 #include "engine/batchrun.h"
 #include "photolist/labels.h"
+#include "support/memorypolicy.h"
 #include "support/places.h"
 
 #include <QCoreApplication>
@@ -67,6 +68,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
+    reusephotobuffers();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
     QCoreApplication::setApplicationVersion(QStringLiteral("3.6.4"));
@@ -87,7 +89,7 @@ int main(int argc, char* argv[]) {
     }
 
     PhotoListModel list;
-    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action}, list);
+    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action, cli.processall}, list);
     for (const InputProblem& problem : intake.problems)
         say(QStringLiteral("pivotel-cli: %1: %2\n").arg(problem.path, problem.reason));
     if (intake.admitted == 0 && intake.skipped.empty()) {
@@ -96,12 +98,16 @@ int main(int argc, char* argv[]) {
     }
 
     RunOptions options;
+    options.uselosslessrotation = !cli.reencode;
+    options.normalprocessall = cli.processall;
+    options.quality = cli.quality;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
     list.makelist(rule);
 
     RunReport report;
     report.dryrun = cli.dryrun;
+    report.reencode = cli.reencode;
     for (const InputProblem& problem : intake.problems)
         report.failed.push_back({problem.path, problem.reason});
     for (const SkippedPhoto& skipped : intake.skipped)

@@ -1,6 +1,7 @@
 #include "engine/batchrun.h"
 
 #include "engine/losslessrotate.h"
+#include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 
@@ -78,7 +79,9 @@ Status BatchRun::turnphoto(const PhotoRow& photo, ExifTool& tool) {
 }
 
 Status BatchRun::rotate(const PhotoRow& photo, const QString& working, ExifTool& tool) {
-    return losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
+    if (options_.uselosslessrotation)
+        return losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
+    return normalrotatenew(photo.path, photo.label, working, options_.quality, jpgdpi_);
 }
 
 } // namespace pivotel
