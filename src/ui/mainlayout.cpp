@@ -111,9 +111,10 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     // Right: the preview over the options.
     auto* right = new QWidget(ui.splitter);
     right->setObjectName(QStringLiteral("rightside"));
-    right->setMinimumWidth(rightsidewidth);
 
     ui.previewframe = frame(right, "RoundRectangleMBS2");
+    // The right side is as wide as this or as the options need, whichever is more.
+    ui.previewframe->setMinimumWidth(rightsidewidth);
     ui.imagepreview = new QLabel(ui.previewframe);
     ui.imagepreview->setObjectName(QStringLiteral("imagepreview"));
     ui.imagepreview->setAlignment(Qt::AlignCenter);

@@ -148,3 +148,16 @@ TEST_F(Window, ClearListEmptiesTheList) {
     press(QStringLiteral("clearlist"));
     EXPECT_EQ(rowcounter(), QStringLiteral("0 Photos"));
 }
+
+TEST_F(Window, NoCaptionIsCutAtTheSmallestSize) {
+    window->resize(window->minimumSizeHint());
+    QTest::qWait(0);
+    for (const char* name : {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation",
+                             "normalprocessall", "preserveDATES"}) {
+        const QCheckBox* box = checkbox(name);
+        EXPECT_GE(box->width(), box->sizeHint().width()) << name;
+        EXPECT_GE(box->parentWidget()->width(), box->geometry().right()) << name;
+    }
+    const QLineEdit* field = qualityfield();
+    EXPECT_GE(field->parentWidget()->width(), field->geometry().right());
+}

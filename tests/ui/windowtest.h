@@ -3,6 +3,7 @@
 #include "support/qtprinting.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
+#include "uiphotos.h"
 
 #include <QString>
 #include <QStringList>
@@ -52,9 +53,6 @@ class ScriptedDialogs : public Dialogs {
     bool ask(QWidget* parent, const Question& question) override;
     void tell(QWidget* parent, const QString& message) override;
 };
-
-// A JPEG of the pattern, with an EXIF orientation when one is given (0: no EXIF at all).
-void writephoto(const QString& path, int width = 48, int height = 32, int orientation = 0);
 
 // A window opened as at a launch, on the settings stored so far, driven through its controls.
 class WindowTest : public ::testing::Test {
