@@ -91,9 +91,6 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     ui.rowcounter = new QLabel(QStringLiteral("Untitled"), ui.listframe);
     ui.rowcounter->setObjectName(QStringLiteral("rowcounter"));
     ui.rowcounter->setFont(pixelfont(ui.rowcounter, 12, true));
-    QPalette ink = ui.rowcounter->palette();
-    ink.setColor(QPalette::WindowText, Qt::black);
-    ui.rowcounter->setPalette(ink);
     ui.wheel = new ProgressWheel(ui.listframe);
     ui.wheel->setObjectName(QStringLiteral("ProgressWheel1"));
     ui.wheel->hide();

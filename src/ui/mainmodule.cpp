@@ -14,19 +14,12 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QLabel>
-#include <functional>
-#include <utility>
 
 namespace pivotel {
 
 MainModule::MainModule(Dialogs& dialogs, QWidget* parent)
     : QMainWindow(parent), dialogs_(dialogs), list_(new PhotoListModel(this)),
-      ui_(MainLayout::build(*this, *list_)),
-      intake_(*list_, state_, dialogs,
-              {this, [this] { return ui_.options->admissionoptions(); }, [this] { updatecounter(); },
-               [this](bool shown) {
-                   ui_.wheel->setVisible(shown);
-               }}) {
+      ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()) {
     setObjectName(QStringLiteral("mainmodule"));
     setWindowTitle(justappname());
     updatetimer_.setObjectName(QStringLiteral("updatetimer"));
@@ -34,6 +27,21 @@ MainModule::MainModule(Dialogs& dialogs, QWidget* parent)
     connect(&updatetimer_, &QTimer::timeout, this, [this] { updatetimer_Action(); });
     resize(minimumSizeHint());
     opening();
+}
+
+PhotoIntake::Window MainModule::intakewindow() {
+    PhotoIntake::Window window;
+    window.parent = this;
+    window.admissionoptions = [this] {
+        return ui_.options->admissionoptions();
+    };
+    window.updatecounter = [this] {
+        updatecounter();
+    };
+    window.showwheel = [this](bool shown) {
+        ui_.wheel->setVisible(shown);
+    };
+    return window;
 }
 
 MainModule::~MainModule() {
@@ -75,40 +83,37 @@ void MainModule::toggletoolbar(const QString& identifier, bool enabled) {
 }
 
 void MainModule::connecttoolbar() {
-    const std::pair<const char*, std::function<void()>> commands[] = {
-        {"loadfiles",
-         [this] {
-             intake_.loadfiles();
-         }},
-        {"loadfolders",
-         [this] {
-             intake_.loadfolders();
-         }},
-        {"start",
-         [this] {
-             startorrefuse();
-         }},
-        {"loadstart",
-         [this] {
-             intake_.loadfolders();
-             if (!closing_)
-                 startorrefuse();
-         }},
-        {"clearlist",
-         [this] {
-             clearlist();
-         }},
-    };
-    for (const auto& [identifier, command] : commands) {
-        connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command] {
-            if (!commandsclosed())
-                command();
-        });
-    }
+    oncommand("loadfiles", [this] { loadfiles(); });
+    oncommand("loadfolders", [this] { loadfolders(); });
+    oncommand("start", [this] { startorrefuse(); });
+    oncommand("loadstart", [this] { loadstart(); });
+    oncommand("clearlist", [this] { clearlist(); });
+}
+
+void MainModule::oncommand(const char* identifier, const std::function<void()>& command) {
+    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command] {
+        if (!commandsclosed())
+            command();
+    });
 }
 
 bool MainModule::commandsclosed() const {
     return state_.isrunning || intake_.busy() || closing_;
+}
+
+void MainModule::loadfiles() {
+    intake_.loadfiles();
+}
+
+void MainModule::loadfolders() {
+    intake_.loadfolders();
+}
+
+void MainModule::loadstart() {
+    loadfolders();
+    // A window closed during the scan starts nothing.
+    if (!closing_)
+        startorrefuse();
 }
 
 void MainModule::startorrefuse() {

@@ -8,6 +8,7 @@
 
 #include <QMainWindow>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 namespace pivotel {
@@ -35,6 +36,11 @@ class MainModule : public QMainWindow {
     void loadsettings();
     void savesettings();
 
+    // The two ways onto the list by dialog: files, and a folder with or without its sub
+    // folders.
+    void loadfiles();
+    void loadfolders();
+
     // No menu to hide the toolbar: it is always there.
     QMenu* createPopupMenu() override;
 
@@ -43,9 +49,11 @@ class MainModule : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    PhotoIntake::Window intakewindow();
     void opening();
     void toggletoolbar(const QString& identifier, bool enabled);
     void connecttoolbar();
+    void oncommand(const char* identifier, const std::function<void()>& command);
     // The toolbar's commands do nothing during a run, nor while an intake, which keeps the
     // window alive as it works, is under way, nor once the window is closing.
     bool commandsclosed() const;
@@ -53,7 +61,10 @@ class MainModule : public QMainWindow {
     void clearlist();
     // Validates and freezes the options, stores them, makes the work list and starts the run.
     void prepwork();
+    // Start: a run over the list, or "There is Nothing to Process" for an empty one.
     void startorrefuse();
+    // Load + Start: the folder scan to its end, then Start.
+    void loadstart();
 
     // The 50 ms relay between the run's thread and the window.
     void updatetimer_Action();
