@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QImage>
+#include <QSize>
 #include <QString>
+#include <functional>
 
 namespace pivotel {
 
@@ -11,5 +13,17 @@ namespace pivotel {
 // image plugins, which decode HEIF only where such a plugin is installed. The EXIF orientation
 // is not applied. A photo with damaged data gives what could be decoded of it.
 QImage loadpicturefast(const QString& path);
+
+// A picture decoded for showing at a smaller size, and the size of the photo itself.
+struct ReducedPicture {
+    QImage picture;
+    QSize photosize;
+};
+
+// As loadpicturefast, for a picture that is to be shown at `shownsize(the photo's size)`: JPEG
+// data is decoded at the smallest of the decoder's reductions (1/2, 1/4, 1/8) that still covers
+// that size both ways, which for a small viewer is several times faster than the whole photo.
+// Other data is decoded whole.
+ReducedPicture loadpicturefast(const QString& path, const std::function<QSize(QSize)>& shownsize);
 
 } // namespace pivotel

@@ -13,15 +13,26 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QFileInfo>
+#include <QItemSelectionModel>
 #include <QLabel>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+#include <QTableView>
 
 namespace pivotel {
 
 MainModule::MainModule(Dialogs& dialogs, QWidget* parent)
     : QMainWindow(parent), dialogs_(dialogs), list_(new PhotoListModel(this)),
-      ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()) {
+      ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()),
+      preview_(*ui_.imagepreview) {
     setObjectName(QStringLiteral("mainmodule"));
     setWindowTitle(justappname());
+    connect(ui_.list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { Listbox1_SelectionChanged(); });
+    ui_.list->viewport()->installEventFilter(this);
+    // The viewer changes size with the window and with the splitter.
+    ui_.imagepreview->installEventFilter(this);
     updatetimer_.setObjectName(QStringLiteral("updatetimer"));
     updatetimer_.setInterval(50);
     connect(&updatetimer_, &QTimer::timeout, this, [this] { updatetimer_Action(); });
@@ -127,7 +138,8 @@ void MainModule::startorrefuse() {
 
 void MainModule::clearlist() {
     list_->clearlist();
-    ui_.imagepreview->clear();
+    nowrow_ = -1;
+    preview_.clear();
     state_.isrunning = false;
     state_.clearfailedlist();
     state_.clearfailures();
@@ -168,6 +180,9 @@ void MainModule::updatetimer_Action() {
 
 void MainModule::showprogress() {
     ui_.rowcounter->setText(state_.status());
+    // The worker is never held for this: a photo is replaced by a single rename, so the preview
+    // reads the whole old photo or the whole new one.
+    Dopreviewrow(state_.currentrow);
 }
 
 void MainModule::endrun() {
@@ -204,6 +219,61 @@ void MainModule::closeEvent(QCloseEvent* event) {
 
 QMenu* MainModule::createPopupMenu() {
     return nullptr;
+}
+
+bool MainModule::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == ui_.imagepreview && event->type() == QEvent::Resize) {
+        dorefreshpage();
+    } else if (watched == ui_.list->viewport() && event->type() == QEvent::MouseButtonPress) {
+        const QPoint where = static_cast<QMouseEvent*>(event)->position().toPoint();
+        const QModelIndex cell = ui_.list->indexAt(where);
+        if (cell.isValid())
+            Listbox1_CellPressed(cell.row());
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainModule::Listbox1_SelectionChanged() {
+    if (state_.isloading)
+        return;
+    const QModelIndexList selected = ui_.list->selectionModel()->selectedIndexes();
+    // No row selected: the preview keeps its row and its picture.
+    if (selected.isEmpty())
+        return;
+    nowrow_ = selected.first().row();
+    Dopreviewrow(nowrow_);
+}
+
+void MainModule::Listbox1_CellPressed(qint64 row) {
+    if (state_.isloading)
+        return;
+    state_.currentrow = row;
+    state_.candopreview = true;
+}
+
+void MainModule::Dopreviewrow(qint64 row) {
+    // Whatever asks while the message about a missing photo is up (the relay, a resize) waits
+    // for the next time rather than stacking a second message on the first.
+    if (telling_)
+        return;
+    // Nothing to show: the run has no photo in work yet, or the list has shrunk.
+    if (!list_->hasrow(row))
+        return;
+    const QString path = list_->row(row).path;
+    const QFileInfo item(path);
+    if (!item.exists()) {
+        if (state_.candopreview) {
+            const QScopedValueRollback telling(telling_, true);
+            dialogs_.tell(this, item.fileName() + QStringLiteral(" has been moved or deleted"));
+        }
+        return;
+    }
+    preview_.show(path);
+}
+
+void MainModule::dorefreshpage() {
+    if (preview_.haspicture() && nowrow_ != -1)
+        Dopreviewrow(nowrow_);
 }
 
 } // namespace pivotel

@@ -5,6 +5,7 @@
 #include "photolist/photolistmodel.h"
 #include "ui/mainlayout.h"
 #include "ui/photointake.h"
+#include "ui/photopreview.h"
 
 #include <QMainWindow>
 #include <QTimer>
@@ -44,9 +45,18 @@ class MainModule : public QMainWindow {
     // No menu to hide the toolbar: it is always there.
     QMenu* createPopupMenu() override;
 
+    // Shows the photo of a list row in the preview, as it lies on disk. A file that has gone is
+    // reported only while `candopreview` holds, that is for a row the user pressed; a row that
+    // doesn't exist has nothing to show.
+    void Dopreviewrow(qint64 row);
+    // Redraws the preview at the viewer's present size, when a row's picture is on show.
+    void dorefreshpage();
+
   protected:
     // Asks "Did You Want to Exit ?" after storing the settings.
     void closeEvent(QCloseEvent* event) override;
+    // The list's presses, seen before the list acts on them, and the viewer's changes of size.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     PhotoIntake::Window intakewindow();
@@ -59,6 +69,11 @@ class MainModule : public QMainWindow {
     bool commandsclosed() const;
 
     void clearlist();
+    // The selected row goes into the preview.
+    void Listbox1_SelectionChanged();
+    // A press makes the row the one a tick previews and lets a missing file be reported; it
+    // comes before the selection that the press makes.
+    void Listbox1_CellPressed(qint64 row);
     // Validates and freezes the options, stores them, makes the work list and starts the run.
     void prepwork();
     // Start: a run over the list, or "There is Nothing to Process" for an empty one.
@@ -77,6 +92,9 @@ class MainModule : public QMainWindow {
     MainLayout ui_;
     MainToolbar* toolbar_ = nullptr;
     PhotoIntake intake_;
+    PhotoPreview preview_;
+    qint64 nowrow_ = -1;   // the selected row, which a refresh of the preview redraws
+    bool telling_ = false; // the message about a missing photo stands open
     QTimer updatetimer_;
     std::unique_ptr<BatchRun> processthread_;
     bool closing_ = false;

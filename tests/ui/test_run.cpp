@@ -2,7 +2,6 @@
 #include "shell/settingsstore.h"
 #include "support/places.h"
 #include "support/testphotos.h"
-#include "support/uniquefd.h"
 #include "windowtest.h"
 
 #include <QCheckBox>
@@ -12,30 +11,11 @@
 #include <QLineEdit>
 #include <QSlider>
 #include <QTest>
-#include <fcntl.h>
-#include <sys/file.h>
 
 using namespace pivotel;
 using namespace pivotel::test;
 
 namespace {
-
-// Holds the lock that every photo's rewrite takes on the data folder, so that a run stands
-// still at its first photo, right after announcing it, until released.
-class HeldRun {
-  public:
-    HeldRun() {
-        ensurefolder(datafolder());
-        lock_ = UniqueFd(::open(QFile::encodeName(datafolder() + QStringLiteral("/xtemp.lock")).constData(),
-                                O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-        EXPECT_TRUE(lock_.valid());
-        EXPECT_EQ(::flock(lock_.get(), LOCK_EX), 0);
-    }
-    void release() { lock_.reset(); }
-
-  private:
-    UniqueFd lock_;
-};
 
 class Run : public WindowTest {
   protected:

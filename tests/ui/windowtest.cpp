@@ -1,6 +1,7 @@
 #include "windowtest.h"
 
 #include "shell/settingsstore.h"
+#include "support/places.h"
 #include "support/testphotos.h"
 #include "ui/maintoolbar.h"
 
@@ -12,6 +13,8 @@
 #include <QSlider>
 #include <QTest>
 #include <QToolButton>
+#include <fcntl.h>
+#include <sys/file.h>
 
 namespace pivotel::test {
 
@@ -53,6 +56,16 @@ bool ScriptedDialogs::ask(QWidget*, const Question& question) {
 
 void ScriptedDialogs::tell(QWidget*, const QString& message) {
     told << message;
+    if (whiletelling)
+        std::exchange(whiletelling, nullptr)();
+}
+
+HeldRun::HeldRun() {
+    ensurefolder(datafolder());
+    lock_ = UniqueFd(::open(QFile::encodeName(datafolder() + QStringLiteral("/xtemp.lock")).constData(),
+                            O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    EXPECT_TRUE(lock_.valid());
+    EXPECT_EQ(::flock(lock_.get(), LOCK_EX), 0);
 }
 
 void WindowTest::SetUp() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/qtprinting.h"
+#include "support/uniquefd.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "uiphotos.h"
@@ -41,6 +42,8 @@ class ScriptedDialogs : public Dialogs {
     std::deque<bool> answers;
     // Runs inside the next question, before it is answered.
     std::function<void()> whileasking;
+    // Runs inside the next message, while it stands open.
+    std::function<void()> whiletelling;
 
     std::vector<FileRequest> filerequests;
     std::vector<FolderRequest> folderrequests;
@@ -52,6 +55,17 @@ class ScriptedDialogs : public Dialogs {
     QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) override;
     bool ask(QWidget* parent, const Question& question) override;
     void tell(QWidget* parent, const QString& message) override;
+};
+
+// Holds the lock that every photo's rewrite takes on the data folder, so that a run stands
+// still at its first photo, right after announcing it, until released.
+class HeldRun {
+  public:
+    HeldRun();
+    void release() { lock_.reset(); }
+
+  private:
+    UniqueFd lock_;
 };
 
 // A window opened as at a launch, on the settings stored so far, driven through its controls.
