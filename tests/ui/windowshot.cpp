@@ -2,6 +2,7 @@
 // that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
+#include "support/isolatedhome.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "ui/maintoolbar.h"
@@ -11,6 +12,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
@@ -61,8 +63,7 @@ void writesamples(const QString& folder) {
 
 int main(int argc, char* argv[]) {
     QTemporaryDir home;
-    qputenv("XDG_DATA_HOME", (home.path() + QStringLiteral("/data")).toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", (home.path() + QStringLiteral("/config")).toLocal8Bit());
+    isolatehome(home);
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 2) {
@@ -80,6 +81,10 @@ int main(int argc, char* argv[]) {
     pause(300);
     window.toolbar()->item(QStringLiteral("loadfolders"))->trigger();
     pause(500);
+    // A selected row, so that the preview shows too.
+    if (auto* list = window.findChild<QTableView*>(QStringLiteral("Listbox1")))
+        list->selectRow(1);
+    pause(300);
 
     if (!window.grab().save(arguments[1])) {
         std::fprintf(stderr, "pivotel-windowshot: can't write %s\n", qPrintable(arguments[1]));
