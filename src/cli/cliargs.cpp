@@ -20,7 +20,7 @@ const std::map<QString, QString>& actionnames() {
 // The options that later versions bring; refused by name until then.
 const QStringList& notyetavailable() {
     static const QStringList names{QStringLiteral("--reencode"), QStringLiteral("--quality"),
-                                   QStringLiteral("--process-all"), QStringLiteral("--preserve-dates")};
+                                   QStringLiteral("--process-all")};
     return names;
 }
 
@@ -36,6 +36,7 @@ QString usagetext() {
         "  --action=ACTION         one action for every photo: cw, ccw, 180, flip or asis\n"
         "                          (default: from the EXIF orientation; photos needing no turn\n"
         "                          are skipped)\n"
+        "  --preserve-dates        keep each photo's modification and access times\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
         "  --help                  show this help\n"
@@ -72,6 +73,8 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
             return Status::failure(QStringLiteral("%1 takes no value").arg(name));
         } else if (name == QLatin1String("--no-recursive")) {
             options.recursive = false;
+        } else if (name == QLatin1String("--preserve-dates")) {
+            options.preservedates = true;
         } else if (name == QLatin1String("--dry-run")) {
             options.dryrun = true;
         } else if (name == QLatin1String("--json")) {

@@ -6,6 +6,7 @@
 #include "cli/progress.h"
 #include "cli/report.h"
 #include "engine/batchrun.h"
+#include "engine/photorewrite.h"
 #include "photolist/labels.h"
 #include "support/places.h"
 
@@ -96,6 +97,7 @@ int main(int argc, char* argv[]) {
     }
 
     RunOptions options;
+    options.preservedates = cli.preservedates;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
     list.makelist(rule);
@@ -118,6 +120,7 @@ int main(int argc, char* argv[]) {
                 writestdout((photo.label + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
+        cleanleftovers(datafolder());
         for (const PhotoReport& done : runengine(list.filelist(), options, app)) {
             if (done.outcome == PhotoOutcome::Turned)
                 report.turned.push_back({done.photo.path, done.photo.label});

@@ -1,7 +1,10 @@
 #include "metadata/toolrunner.h"
 
-#include <QFileInfo>
+#include <QDeadlineTimer>
 #include <QProcess>
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace pivotel {
 
@@ -10,6 +13,8 @@ QString ToolResult::failuretext() const {
         return QStringLiteral("the metadata tool could not be started");
     if (timedout)
         return QStringLiteral("the metadata tool did not answer in time");
+    if (exitcode < 0)
+        return QStringLiteral("the metadata tool stopped unexpectedly");
     if (exitcode != 0) {
         const QString detail = QString::fromUtf8(err).trimmed().section(QLatin1Char('\n'), 0, 0);
         return detail.isEmpty() ? QStringLiteral("the metadata tool failed (exit %1)").arg(exitcode) : detail;
@@ -17,17 +22,29 @@ QString ToolResult::failuretext() const {
     return QString();
 }
 
+void endwithparent(QProcess& process) {
+    const pid_t parent = ::getpid();
+    process.setChildProcessModifier([parent] {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        // The parent may have died before the request was made.
+        if (::getppid() != parent)
+            ::_exit(127);
+    });
+}
+
 ToolResult runandread(const QString& program, const QStringList& arguments, int timeoutms) {
     ToolResult result;
     QProcess process;
     process.setProgram(program);
     process.setArguments(arguments);
+    endwithparent(process);
+    const QDeadlineTimer deadline(timeoutms);
     process.start(QIODevice::ReadOnly);
-    if (!process.waitForStarted(timeoutms))
+    if (!process.waitForStarted(int(deadline.remainingTime())))
         return result;
     result.started = true;
     // QProcess keeps draining both pipes while it waits, so the child never stalls on them.
-    if (!process.waitForFinished(timeoutms)) {
+    if (!process.waitForFinished(int(deadline.remainingTime()))) {
         result.timedout = true;
         process.kill();
         process.waitForFinished(1000);

@@ -108,7 +108,8 @@ TEST_F(Cli, ExitCodes) {
         {{top(QStringLiteral("notes.jpg"))}, 2, "not a readable JPEG"},
         {{top(QStringLiteral("one.jpg"))}, 0, "Turned 0 photos, skipped 1"},
         {{six, missing}, 1, "nowhere: no such file or folder"},
-        {{six}, 0, "Turned 1 photo"},
+        {{six}, 0, "Turned 0 photos, skipped 1"}, // upright now: a second run leaves it alone
+        {{top(QStringLiteral("eight.jpg"))}, 0, "Turned 1 photo"},
     };
     for (const auto& c : cases) {
         const CliResult result = run(c.arguments);

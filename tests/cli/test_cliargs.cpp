@@ -8,15 +8,16 @@ using namespace pivotel;
 using namespace pivotel::cli;
 
 TEST(CliArguments, Accepted) {
-    const auto parsed =
-        parsearguments({QStringLiteral("--no-recursive"), QStringLiteral("--action=CCW"),
-                        QStringLiteral("--dry-run"), QStringLiteral("--json"), QStringLiteral("a"),
-                        QStringLiteral("--"), QStringLiteral("--odd-name.jpg")});
+    const auto parsed = parsearguments({QStringLiteral("--no-recursive"), QStringLiteral("--action=CCW"),
+                                        QStringLiteral("--dry-run"), QStringLiteral("--json"),
+                                        QStringLiteral("--preserve-dates"), QStringLiteral("a"),
+                                        QStringLiteral("--"), QStringLiteral("--odd-name.jpg")});
     ASSERT_TRUE(parsed) << parsed.reason().toStdString();
     EXPECT_FALSE(parsed->recursive);
     EXPECT_EQ(parsed->action, label::rotateccw);
     EXPECT_TRUE(parsed->dryrun);
     EXPECT_TRUE(parsed->json);
+    EXPECT_TRUE(parsed->preservedates);
     EXPECT_EQ(parsed->paths, (QStringList{QStringLiteral("a"), QStringLiteral("--odd-name.jpg")}));
 }
 
@@ -51,7 +52,7 @@ TEST(CliArguments, RefusedWithAReason) {
         {{QStringLiteral("--reencode"), QStringLiteral("x")}, "not available"},
         {{QStringLiteral("--quality=80"), QStringLiteral("x")}, "not available"},
         {{QStringLiteral("--process-all"), QStringLiteral("x")}, "not available"},
-        {{QStringLiteral("--preserve-dates"), QStringLiteral("x")}, "not available"},
+        {{QStringLiteral("--preserve-dates=yes"), QStringLiteral("x")}, "takes no value"},
     };
     for (const auto& c : cases) {
         const auto parsed = parsearguments(c.arguments);
