@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -50,15 +51,17 @@ Status notebeside(const QString& datafolder, const QString& working) {
     return syncfile(journal);
 }
 
-// Removes the working file and the files its writers named after it ("_exiftool_tmp",
-// "._00_"): they live only while a writer is at work.
+// Removes the working file and the files its writers name after it while they write: the
+// tool's "<working>_exiftool_tmp" and the XMP library's "<working>._NN_".
 void removeworkingfiles(const QString& working) {
     ::unlink(native(working).constData());
     const QFileInfo info(working);
-    const QString prefix = info.fileName();
+    const QString base = info.fileName();
+    const QRegularExpression helper(
+        QStringLiteral("^%1(_exiftool_tmp|\\._\\d+_)$").arg(QRegularExpression::escape(base)));
     QDir folder(info.absolutePath());
     for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
-        if (name.startsWith(prefix))
+        if (helper.match(name).hasMatch())
             ::unlink(native(folder.filePath(name)).constData());
     }
 }

@@ -7,32 +7,13 @@
 
 namespace pivotel {
 
-namespace {
-
-// Whether the photo's EXIF block says upright at `dpi`, as the tool reads it.
-Result<bool> exifagrees(ExifTool& tool, const QString& path, qint64 dpi) {
-    const ToolResult read =
-        tool.run({QStringLiteral("-n"), QStringLiteral("-T"), QStringLiteral("-IFD0:Orientation"),
-                  QStringLiteral("-IFD0:XResolution"), QStringLiteral("-IFD0:YResolution"), path});
-    if (!read.ok())
-        return Status::failure(QStringLiteral("checking the orientation tag failed: ") + read.failuretext());
-    const QStringList values = QString::fromUtf8(read.out).trimmed().split(QLatin1Char('\t'));
-    const auto isdpi = [dpi](const QString& text) {
-        bool number = false;
-        const double value = text.toDouble(&number);
-        return number && value == double(dpi);
-    };
-    return values.size() == 3 && values[0] == QLatin1String("1") && isdpi(values[1]) && isdpi(values[2]);
-}
-
-} // namespace
-
 Status xmpupright(const QString& path, qint64 dpi) {
     auto file = XmpFile::openforupdate(path);
     if (!file)
         return file.status();
     XmpMeta meta;
-    // A packet the library can't read would be replaced by one holding only these three.
+    // The library reads the photo's metadata into the packet; one it can't read would be replaced
+    // by a packet holding only these three properties.
     if (!file.value().getxmp(meta))
         return Status::failure(QStringLiteral("the XMP library can't read the photo's metadata"));
     const QString text = QString::number(dpi);
@@ -47,20 +28,13 @@ Status xmpupright(const QString& path, qint64 dpi) {
 }
 
 Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi) {
-    const Status library = xmpupright(path, dpi);
     if (!tool.exists()) {
-        if (library)
-            return library;
-        return Status::failure(
-            QStringLiteral("the orientation tag can't be set upright: %1, and the metadata tool is missing")
-                .arg(library.reason()));
-    }
-    if (library) {
-        const auto agrees = exifagrees(tool, path, dpi);
-        if (!agrees)
-            return agrees.status();
-        if (agrees.value())
-            return Status::success();
+        const Status library = xmpupright(path, dpi);
+        if (!library)
+            return Status::failure(
+                QStringLiteral("the orientation tag can't be set upright: %1 (the metadata tool is missing)")
+                    .arg(library.reason()));
+        return library;
     }
     const QString text = QString::number(dpi);
     const ToolResult written =

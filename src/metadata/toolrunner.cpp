@@ -2,11 +2,34 @@
 
 #include <QDeadlineTimer>
 #include <QProcess>
+#include <algorithm>
 #include <csignal>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 namespace pivotel {
+
+namespace {
+
+// The tool's own words for a failure: its first "Error: MESSAGE - FILE" line (warnings may come
+// before it) as MESSAGE, since FILE is at best a working file the user never named.
+QString errorline(const QByteArray& err) {
+    const QStringList lines = QString::fromUtf8(err).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    if (lines.isEmpty())
+        return QString();
+    const auto error = std::find_if(lines.begin(), lines.end(), [](const QString& line) {
+        return line.startsWith(QLatin1String("Error: "));
+    });
+    if (error == lines.end())
+        return lines.front().trimmed();
+    QString message = error->mid(7);
+    const qsizetype file = message.lastIndexOf(QLatin1String(" - /"));
+    if (file > 0)
+        message.truncate(file);
+    return message.trimmed();
+}
+
+} // namespace
 
 QString ToolResult::failuretext() const {
     if (!started)
@@ -16,7 +39,7 @@ QString ToolResult::failuretext() const {
     if (exitcode < 0)
         return QStringLiteral("the metadata tool stopped unexpectedly");
     if (exitcode != 0) {
-        const QString detail = QString::fromUtf8(err).trimmed().section(QLatin1Char('\n'), 0, 0);
+        const QString detail = errorline(err);
         return detail.isEmpty() ? QStringLiteral("the metadata tool failed (exit %1)").arg(exitcode) : detail;
     }
     return QString();
