@@ -2,6 +2,7 @@
 
 #include "support/testphotos.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -149,4 +150,25 @@ TEST_F(Cli, PathsWithBlanksQuotesAndAccents) {
     const CliResult result = run({QStringLiteral("--"), odd});
     EXPECT_EQ(result.exitcode, 0) << qPrintable(result.err);
     EXPECT_EQ(decodejpeg(odd).width, 32);
+}
+
+TEST_F(Cli, PreserveDatesKeepsTheModificationTime) {
+    const QDateTime old(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const struct {
+        const char* name;
+        QStringList options;
+        bool kept;
+    } cases[] = {{"six.jpg", {QStringLiteral("--preserve-dates")}, true}, {"eight.jpg", {}, false}};
+    for (const auto& c : cases) {
+        const QString path = top(QString::fromLatin1(c.name));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(old, QFileDevice::FileModificationTime));
+        file.close();
+
+        const CliResult result = run(c.options + QStringList{path});
+        EXPECT_EQ(result.exitcode, 0) << qPrintable(result.err);
+        EXPECT_FALSE(unchanged(QString::fromLatin1(c.name))) << c.name;
+        EXPECT_EQ(QFileInfo(path).lastModified() == old, c.kept) << c.name;
+    }
 }
