@@ -7,7 +7,7 @@
 
 namespace pivotel {
 
-Status xmpupright(const QString& path, qint64 dpi) {
+Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
     auto file = XmpFile::openforupdate(path);
     if (!file)
         return file.status();
@@ -16,10 +16,16 @@ Status xmpupright(const QString& path, qint64 dpi) {
     // by a packet holding only these three properties.
     if (!file.value().getxmp(meta))
         return Status::failure(QStringLiteral("the XMP library can't read the photo's metadata"));
-    const QString text = QString::number(dpi);
-    if (!meta.setproperty(NS_TIFF, "Orientation", QStringLiteral("1")) ||
-        !meta.setproperty(NS_TIFF, "XResolution", text) || !meta.setproperty(NS_TIFF, "YResolution", text))
+    if (!meta.setproperty(NS_TIFF, "Orientation", QStringLiteral("1")))
         return Status::failure(xmperrortext());
+    // The library has read the EXIF block's resolution into the packet along with the rest.
+    const bool known = meta.hasproperty(NS_TIFF, "XResolution") && meta.hasproperty(NS_TIFF, "YResolution");
+    if (resolution == Resolution::Given || !known) {
+        const QString text = QString::number(dpi);
+        if (!meta.setproperty(NS_TIFF, "XResolution", text) ||
+            !meta.setproperty(NS_TIFF, "YResolution", text))
+            return Status::failure(xmperrortext());
+    }
     if (!file.value().canputxmp(meta))
         return Status::failure(QStringLiteral("the XMP library can't write this file"));
     if (!file.value().putxmp(meta))
@@ -29,7 +35,7 @@ Status xmpupright(const QString& path, qint64 dpi) {
 
 Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi) {
     if (!tool.exists()) {
-        const Status library = xmpupright(path, dpi);
+        const Status library = xmpupright(path, dpi, Resolution::KeepKnown);
         if (!library)
             return Status::failure(
                 QStringLiteral("the orientation tag can't be set upright: %1 (the metadata tool is missing)")

@@ -18,11 +18,18 @@ class ExifTool;
 // them), changing nothing else. The XMP library does carry TIFF properties into the photo's
 // EXIF block, but it rewrites the block from its own copy on the way: GPS coordinates come back
 // rounded to a hundredth of a minute and a date whose seconds are zero loses them. So the
-// library is the way only when the tool is missing.
+// library is the way only when the tool is missing. Then `dpi` was never read from this photo
+// (the tool reads it), so the photo keeps its own resolution where it has one.
 Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi);
+
+// Which resolution the library's way writes.
+enum class Resolution {
+    Given,     // `dpi`, always
+    KeepKnown, // the photo's own where it has one, else `dpi`
+};
 
 // The library's way: open for update, TIFF "Orientation" "1", "XResolution" and "YResolution"
 // the decimal text of `dpi`, written with a safe update. Fails when the library refuses the file.
-Status xmpupright(const QString& path, qint64 dpi);
+Status xmpupright(const QString& path, qint64 dpi, Resolution resolution = Resolution::Given);
 
 } // namespace pivotel

@@ -21,6 +21,10 @@ bool xmpready() {
 XmpMeta::XmpMeta() : meta_(xmpready() ? xmp_new_empty() : nullptr) {
 }
 
+bool XmpMeta::hasproperty(const char* schema, const char* name) const {
+    return meta_ && xmp_has_property(meta_.get(), schema, name);
+}
+
 bool XmpMeta::setproperty(const char* schema, const char* name, const QString& value) {
     return meta_ && xmp_set_property(meta_.get(), schema, name, value.toUtf8().constData(), 0);
 }

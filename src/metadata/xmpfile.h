@@ -15,6 +15,7 @@ class XmpMeta {
     XmpMeta();
 
     XmpPtr get() const { return meta_.get(); }
+    bool hasproperty(const char* schema, const char* name) const;
     bool setproperty(const char* schema, const char* name, const QString& value);
 
   private:

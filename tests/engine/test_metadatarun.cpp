@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/stat.h>
 
 using namespace pivotel;
@@ -133,21 +134,47 @@ TEST_F(MetadataRun, APhotoWithNoResolutionGetsSeventyTwo) {
 }
 
 TEST_F(MetadataRun, WithoutTheToolPhotosAreStillTurnedAndUpright) {
-    const QString path = file(QStringLiteral("six.jpg"));
-    writetaggedphoto(path, 48, 32, 6, 300);
-    const Pixels original = decodejpeg(path);
+    // Each keeps its own resolution, though without the tool the run can't read it; a photo
+    // with none gets 72.
+    const struct {
+        const char* name;
+        std::optional<int> dpi;
+        const char* after;
+    } photos[] = {{"first.jpg", 300, "300"}, {"second.jpg", 240, "240"}, {"none.jpg", std::nullopt, "72"}};
+    WorkList work;
+    std::vector<Pixels> pixels;
+    for (const auto& p : photos) {
+        const QString path = file(QString::fromLatin1(p.name));
+        if (p.dpi) {
+            writetaggedphoto(path, 48, 32, 6, *p.dpi);
+        } else {
+            writepattern(path, 48, 32);
+            writetags(path, {QStringLiteral("-JFIF:all=")});
+        }
+        work.push_back({QString::fromLatin1(p.name), label::rotatecw, path});
+        pixels.push_back(decodejpeg(path));
+    }
     // A dump of an earlier photo must not outlive its photo, tool or no tool.
     QDir().mkpath(data.filePath(QStringLiteral("pexif")));
     writebytes(dump(), "stale");
 
-    const auto reports = run({{QStringLiteral("six.jpg"), label::rotatecw, path}}, {},
-                             dir.filePath(QStringLiteral("no-such-tool")));
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].outcome, PhotoOutcome::Turned) << reports[0].reason.toStdString();
-    EXPECT_LE(maxdifference(decodejpeg(path), turned(original, Action::Rotate90)), idcttolerance);
+    const auto reports = run(work, {}, dir.filePath(QStringLiteral("no-such-tool")));
+    ASSERT_EQ(reports.size(), work.size());
+    for (size_t i = 0; i < work.size(); ++i) {
+        const auto& p = photos[i];
+        EXPECT_EQ(reports[i].outcome, PhotoOutcome::Turned)
+            << p.name << ": " << reports[i].reason.toStdString();
+        EXPECT_LE(maxdifference(decodejpeg(work[i].path), turned(pixels[i], Action::Rotate90)), idcttolerance)
+            << p.name;
+        EXPECT_EQ(readtag(work[i].path, QStringLiteral("IFD0:Orientation"), true), QStringLiteral("1"))
+            << p.name;
+        EXPECT_EQ(readtag(work[i].path, QStringLiteral("IFD0:XResolution"), true), QLatin1String(p.after))
+            << p.name;
+        EXPECT_EQ(readtag(work[i].path, QStringLiteral("IFD0:YResolution"), true), QLatin1String(p.after))
+            << p.name;
+    }
+    EXPECT_EQ(readtag(work[0].path, QStringLiteral("IFD0:Make")), QStringLiteral("Canon"));
     EXPECT_FALSE(QFile::exists(dump()));
-    EXPECT_EQ(readtag(path, QStringLiteral("IFD0:Orientation"), true), QStringLiteral("1"));
-    EXPECT_EQ(readtag(path, QStringLiteral("IFD0:Make")), QStringLiteral("Canon"));
 }
 
 TEST_F(MetadataRun, DatesKeptWithTheOptionOnNewWithItOff) {
