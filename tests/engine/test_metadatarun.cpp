@@ -177,6 +177,30 @@ TEST_F(MetadataRun, WithoutTheToolPhotosAreStillTurnedAndUpright) {
     EXPECT_FALSE(QFile::exists(dump()));
 }
 
+TEST_F(MetadataRun, OddNamesGetTheirMetadataStepsToo) {
+    // A line break can't travel through the long-lived tool's argument stream: that photo's
+    // commands go to processes of their own.
+    const QString names[] = {QStringLiteral("line\nbreak.jpg"),
+                             QStringLiteral("-dash 'quote' \"\u00E9t\u00E9\".jpg"),
+                             QStringLiteral("#hash.jpg")};
+    WorkList work;
+    for (const QString& name : names) {
+        writetaggedphoto(file(name), 48, 32, 6, 300);
+        work.push_back({name, label::rotatecw, file(name)});
+    }
+    const auto reports = run(work);
+    ASSERT_EQ(reports.size(), work.size());
+    for (size_t i = 0; i < work.size(); ++i) {
+        EXPECT_EQ(reports[i].outcome, PhotoOutcome::Turned)
+            << qPrintable(names[i]) << reports[i].reason.toStdString();
+        EXPECT_EQ(decodejpeg(work[i].path).width, 32) << qPrintable(names[i]);
+        EXPECT_EQ(readtag(work[i].path, QStringLiteral("IFD0:Orientation"), true), QStringLiteral("1"))
+            << qPrintable(names[i]);
+        EXPECT_EQ(readtag(work[i].path, QStringLiteral("IFD0:XResolution"), true), QStringLiteral("300"))
+            << qPrintable(names[i]);
+    }
+}
+
 TEST_F(MetadataRun, DatesKeptWithTheOptionOnNewWithItOff) {
     const timespec accessed = at(981173106, 123456789); // 2001-02-03
     const timespec modified = at(978307200, 987654321); // 2001-01-01
