@@ -17,25 +17,24 @@ const std::map<QString, QString>& actionnames() {
     return names;
 }
 
-// The options that later versions bring; refused by name until then.
-const QStringList& notyetavailable() {
-    static const QStringList names{QStringLiteral("--reencode"), QStringLiteral("--quality"),
-                                   QStringLiteral("--process-all")};
-    return names;
-}
-
 } // namespace
 
 QString usagetext() {
     return QStringLiteral(
         "Usage: pivotel-cli [OPTIONS] PATH...\n"
-        "Turns JPEG photos in place, losslessly, by their EXIF orientation or by a chosen action.\n"
+        "Turns JPEG photos in place, by their EXIF orientation or by a chosen action: losslessly,\n"
+        "or by re-encoding them at a chosen quality.\n"
         "PATH may name files and folders; folders are scanned with their sub folders.\n"
         "\n"
         "  --no-recursive          only the files directly in a folder\n"
         "  --action=ACTION         one action for every photo: cw, ccw, 180, flip or asis\n"
         "                          (default: from the EXIF orientation; photos needing no turn\n"
         "                          are skipped)\n"
+        "  --reencode              decode and re-encode each photo instead of turning it\n"
+        "                          losslessly\n"
+        "  --quality=N             JPEG quality of --reencode, 10 to 100 (default 75)\n"
+        "  --process-all           with --reencode: every photo, also those needing no turn,\n"
+        "                          which are re-encoded unturned\n"
         "  --preserve-dates        keep each photo's modification and access times\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
@@ -49,6 +48,7 @@ QString usagetext() {
 Result<CliOptions> parsearguments(const QStringList& arguments) {
     CliOptions options;
     bool onlypaths = false;
+    bool qualitygiven = false;
     for (const QString& argument : arguments) {
         if (onlypaths || !argument.startsWith(QLatin1Char('-'))) {
             options.paths << argument;
@@ -61,16 +61,26 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
         const QString value = argument.section(QLatin1Char('='), 1);
         if (argument == QLatin1String("--")) {
             onlypaths = true;
-        } else if (notyetavailable().contains(name)) {
-            return Status::failure(QStringLiteral("%1 is not available in this version yet").arg(name));
         } else if (name == QLatin1String("--action")) {
             const auto found = actionnames().find(value.toLower());
             if (!hasvalue || found == actionnames().end())
                 return Status::failure(
                     QStringLiteral("--action needs one of cw, ccw, 180, flip, asis (got \"%1\")").arg(value));
             options.action = found->second;
+        } else if (name == QLatin1String("--quality")) {
+            bool number = false;
+            const int quality = value.toInt(&number);
+            if (!hasvalue || !number || quality < 10 || quality > 100)
+                return Status::failure(
+                    QStringLiteral("--quality needs a whole number from 10 to 100 (got \"%1\")").arg(value));
+            options.quality = quality;
+            qualitygiven = true;
         } else if (hasvalue) {
             return Status::failure(QStringLiteral("%1 takes no value").arg(name));
+        } else if (name == QLatin1String("--reencode")) {
+            options.reencode = true;
+        } else if (name == QLatin1String("--process-all")) {
+            options.processall = true;
         } else if (name == QLatin1String("--no-recursive")) {
             options.recursive = false;
         } else if (name == QLatin1String("--preserve-dates")) {
@@ -87,6 +97,11 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
             return Status::failure(QStringLiteral("unknown option %1").arg(argument));
         }
     }
+    // Lossless turns have no quality and never take photos that need no turn.
+    if (qualitygiven && !options.reencode)
+        return Status::failure(QStringLiteral("--quality needs --reencode"));
+    if (options.processall && !options.reencode)
+        return Status::failure(QStringLiteral("--process-all needs --reencode"));
     if (options.paths.isEmpty() && !options.help && !options.version)
         return Status::failure(QStringLiteral("no photo or folder given"));
     return options;

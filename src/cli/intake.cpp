@@ -16,7 +16,7 @@ class Taker {
         : options_(options), list_(list), result_(result) {
         // An action given for every photo replaces the orientation, as with EXIF unused.
         admission_.useexiforientation = !options.action.has_value();
-        admission_.onlyloadwhenneeded = !options.action.has_value();
+        admission_.onlyloadwhenneeded = !options.action.has_value() && !options.processall;
     }
 
     // Returns whether the file was a valid JPEG.

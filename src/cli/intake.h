@@ -31,11 +31,13 @@ struct IntakeResult {
 struct IntakeOptions {
     bool recursive = true;
     std::optional<QString> action; // overrides every admitted photo's label
+    bool processall = false;       // photos that need no turn are taken too, as "As Is"
 };
 
 // Puts the photos named by `paths` (files, and folders scanned as the window scans them) on
 // `list` through the same admission as the window's intake. With no action the labels come
-// from the EXIF orientation and photos that need no turn are left off.
+// from the EXIF orientation and, unless every photo is to be processed, photos that need no turn
+// are left off.
 IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list);
 
 } // namespace pivotel::cli

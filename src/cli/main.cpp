@@ -8,6 +8,7 @@
 #include "engine/batchrun.h"
 #include "engine/photorewrite.h"
 #include "photolist/labels.h"
+#include "support/memorypolicy.h"
 #include "support/places.h"
 
 #include <QCoreApplication>
@@ -68,6 +69,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
+    reusephotobuffers();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
     QCoreApplication::setApplicationVersion(QStringLiteral("3.6.4"));
@@ -88,7 +90,7 @@ int main(int argc, char* argv[]) {
     }
 
     PhotoListModel list;
-    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action}, list);
+    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action, cli.processall}, list);
     for (const InputProblem& problem : intake.problems)
         say(QStringLiteral("pivotel-cli: %1: %2\n").arg(problem.path, problem.reason));
     if (intake.admitted == 0 && intake.skipped.empty()) {
@@ -97,6 +99,9 @@ int main(int argc, char* argv[]) {
     }
 
     RunOptions options;
+    options.uselosslessrotation = !cli.reencode;
+    options.normalprocessall = cli.processall;
+    options.quality = cli.quality;
     options.preservedates = cli.preservedates;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
@@ -104,6 +109,7 @@ int main(int argc, char* argv[]) {
 
     RunReport report;
     report.dryrun = cli.dryrun;
+    report.reencode = cli.reencode;
     for (const InputProblem& problem : intake.problems)
         report.failed.push_back({problem.path, problem.reason});
     for (const SkippedPhoto& skipped : intake.skipped)
@@ -121,12 +127,17 @@ int main(int argc, char* argv[]) {
         }
     } else if (!list.filelist().empty()) {
         cleanleftovers(datafolder());
-        for (const PhotoReport& done : runengine(list.filelist(), options, app)) {
-            if (done.outcome == PhotoOutcome::Turned)
-                report.turned.push_back({done.photo.path, done.photo.label});
+        const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
+        for (const PhotoReport& photo : done) {
+            if (photo.outcome == PhotoOutcome::Turned)
+                report.turned.push_back({photo.photo.path, photo.photo.label});
             else
-                report.failed.push_back({done.photo.path, done.reason});
+                report.failed.push_back({photo.photo.path, photo.reason});
         }
+        // A run stopped by Ctrl-C leaves the rest as they were.
+        for (size_t r = done.size(); r < list.filelist().size(); ++r)
+            report.failed.push_back(
+                {list.filelist()[r].path, QStringLiteral("not done: the run was stopped")});
     }
 
     say(report.summarytext());

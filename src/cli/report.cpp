@@ -23,14 +23,15 @@ QJsonArray entries(const std::vector<Entry>& list, const QString& key) {
 
 QString RunReport::summarytext() const {
     QString text;
+    const QString done = reencode ? QStringLiteral("re-encoded") : QStringLiteral("turned");
     if (dryrun) {
-        text += QStringLiteral("Dry run: %1 would be turned, %2 skipped, %3 failed.\n")
-                    .arg(photos(qsizetype(turned.size())))
+        text += QStringLiteral("Dry run: %1 would be %2, %3 skipped, %4 failed.\n")
+                    .arg(photos(qsizetype(turned.size())), done)
                     .arg(skipped.size())
                     .arg(failed.size());
     } else {
-        text += QStringLiteral("Turned %1, skipped %2, failed %3.\n")
-                    .arg(photos(qsizetype(turned.size())))
+        text += QStringLiteral("%1 %2, skipped %3, failed %4.\n")
+                    .arg(done.left(1).toUpper() + done.mid(1), photos(qsizetype(turned.size())))
                     .arg(skipped.size())
                     .arg(failed.size());
     }

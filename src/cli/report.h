@@ -13,6 +13,7 @@ struct Entry {
 
 struct RunReport {
     bool dryrun = false;
+    bool reencode = false;     // the summary says "re-encoded": "As Is" photos aren't turned
     std::vector<Entry> turned; // in a dry run: the photos that would be turned
     std::vector<Entry> skipped;
     std::vector<Entry> failed;

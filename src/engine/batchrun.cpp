@@ -2,6 +2,7 @@
 
 #include "engine/filedates.h"
 #include "engine/losslessrotate.h"
+#include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
@@ -87,8 +88,7 @@ Status BatchRun::turnphoto(const PhotoRow& photo, ExifTool& tool) {
         return rewrite.status();
     const QString& working = rewrite.value()->workingpath();
 
-    // The lossless transform copies every marker, the EXIF block among them, into the working file.
-    ExifTransplant transplant(tool, pexiffolder(places_.datafolder), options_.uselosslessrotation);
+    ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
     if (const Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     if (const Status rotated = rotate(photo, working, tool); !rotated)
@@ -109,7 +109,9 @@ Status BatchRun::turnphoto(const PhotoRow& photo, ExifTool& tool) {
 }
 
 Status BatchRun::rotate(const PhotoRow& photo, const QString& working, ExifTool& tool) {
-    return losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
+    if (options_.uselosslessrotation)
+        return losslessrotate(photo.path, photo.label, working, tool, jpgdpi_);
+    return normalrotatenew(photo.path, photo.label, working, options_.quality, jpgdpi_);
 }
 
 } // namespace pivotel

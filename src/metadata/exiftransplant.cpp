@@ -8,16 +8,16 @@
 
 namespace pivotel {
 
-ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder, bool markerscarried)
-    : tool_(tool), pexiffolder_(std::move(pexiffolder)), markerscarried_(markerscarried) {
+ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder)
+    : tool_(tool), pexiffolder_(std::move(pexiffolder)) {
 }
 
 QString ExifTransplant::dumpfile() const {
     return pexiffolder_ + QStringLiteral("/1.xml");
 }
 
-Status ExifTransplant::judge(const QString& step, const ToolResult& result) const {
-    if (result.ok() || (result.ran() && markerscarried_))
+Status ExifTransplant::judge(const QString& step, const ToolResult& result) {
+    if (result.ran())
         return Status::success();
     return Status::failure(step + QStringLiteral(": ") + result.failuretext());
 }

@@ -13,12 +13,13 @@ class ExifTool;
 // dumped to "1.xml" in the dump folder before the turn (extractexiftofile), and the EXIF group
 // of that dump is copied into the rewritten photo after it (copycr2tojpgexif).
 //
-// A tool that can't run (missing aside) fails a step. A tool that runs and refuses the photo
-// fails it only when the rewrite depends on the copy: when the rotator carried every marker of
-// the photo already, the EXIF block is in the new photo whatever the tool says.
+// Both rotators carry every marker segment of the photo, its EXIF block among them, into the
+// new file; the transplant restates that block. So a tool that runs and refuses the photo (it
+// does for EXIF blocks with minor flaws) loses nothing and fails no step; a tool that can't run
+// or doesn't answer does, as it would any later step (a missing tool is skipped in silence).
 class ExifTransplant {
   public:
-    ExifTransplant(ExifTool& tool, QString pexiffolder, bool markerscarried);
+    ExifTransplant(ExifTool& tool, QString pexiffolder);
 
     // Removes a stale dump first, also when the tool is missing; then dumps the photo ("-X",
     // "-struct") into the dump file, the tool's output followed by a line end.
@@ -31,11 +32,10 @@ class ExifTransplant {
     QString dumpfile() const;
 
   private:
-    Status judge(const QString& step, const ToolResult& result) const;
+    static Status judge(const QString& step, const ToolResult& result);
 
     ExifTool& tool_;
     QString pexiffolder_;
-    bool markerscarried_;
 };
 
 } // namespace pivotel

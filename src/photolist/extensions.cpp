@@ -35,6 +35,11 @@ const QStringList& loadpicturefast() {
     return set;
 }
 
+const QStringList& heic() {
+    static const QStringList set{QStringLiteral(".HEIC")};
+    return set;
+}
+
 const QStringList& packages() {
     static const QStringList set{QStringLiteral(".app"),
                                  QStringLiteral(".bundle"),

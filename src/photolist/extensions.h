@@ -18,8 +18,10 @@ const QStringList& folderscan();
 const QStringList& drop();
 // Full decoding for a re-encoding run.
 const QStringList& loadpicture();
-// Preview decoding by the JPEG decoder (".HEIC" goes a second way).
+// Preview decoding by the JPEG decoder.
 const QStringList& loadpicturefast();
+// Preview decoding's second way: the file's content decides how it is decoded.
+const QStringList& heic();
 // Folder names that the desktop shows as a single item: never scanned into.
 const QStringList& packages();
 } // namespace extensions

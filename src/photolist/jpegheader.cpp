@@ -23,38 +23,78 @@ quint32 read32(const unsigned char* p, bool bigendian) {
                      : (quint32(p[3]) << 24 | quint32(p[2]) << 16 | quint32(p[1]) << 8 | p[0]);
 }
 
-// Orientation (tag 0x0112) in IFD0 of a TIFF structure.
-std::optional<int> tifforientation(const unsigned char* tiff, qsizetype size) {
-    if (size < 8)
-        return std::nullopt;
-    bool bigendian;
-    if (tiff[0] == 'M' && tiff[1] == 'M')
-        bigendian = true;
-    else if (tiff[0] == 'I' && tiff[1] == 'I')
-        bigendian = false;
-    else
-        return std::nullopt;
-    if (read16(tiff + 2, bigendian) != 42)
-        return std::nullopt;
-    const quint32 ifd = read32(tiff + 4, bigendian);
-    if (ifd > quint32(size) || size - qsizetype(ifd) < 2)
-        return std::nullopt;
-    const quint16 count = read16(tiff + ifd, bigendian);
-    for (quint32 i = 0; i < count; ++i) {
-        const qsizetype entry = qsizetype(ifd) + 2 + qsizetype(i) * 12;
-        if (entry + 12 > size)
+// IFD0 of a TIFF structure, as the EXIF block holds it.
+class TiffIfd0 {
+  public:
+    TiffIfd0(const unsigned char* tiff, qsizetype size) : tiff_(tiff), size_(size) {
+        if (size < 8)
+            return;
+        if (tiff[0] == 'M' && tiff[1] == 'M')
+            bigendian_ = true;
+        else if (tiff[0] == 'I' && tiff[1] == 'I')
+            bigendian_ = false;
+        else
+            return;
+        if (read16(tiff + 2, bigendian_) != 42)
+            return;
+        const quint32 ifd = read32(tiff + 4, bigendian_);
+        if (ifd > quint32(size) || size - qsizetype(ifd) < 2)
+            return;
+        ifd_ = qsizetype(ifd);
+        count_ = read16(tiff + ifd, bigendian_);
+    }
+
+    // A SHORT or LONG value.
+    std::optional<quint32> integer(quint16 tag) const {
+        const qsizetype entry = find(tag);
+        if (entry < 0)
             return std::nullopt;
-        if (read16(tiff + entry, bigendian) != 0x0112)
-            continue;
-        const quint16 type = read16(tiff + entry + 2, bigendian);
+        const quint16 type = read16(tiff_ + entry + 2, bigendian_);
         if (type == 3) // SHORT, stored in the first two bytes of the value field
-            return read16(tiff + entry + 8, bigendian);
+            return read16(tiff_ + entry + 8, bigendian_);
         if (type == 4) // LONG
-            return static_cast<int>(read32(tiff + entry + 8, bigendian));
+            return read32(tiff_ + entry + 8, bigendian_);
         return std::nullopt;
     }
-    return std::nullopt;
-}
+
+    // A RATIONAL value; none when its denominator is 0.
+    std::optional<double> rational(quint16 tag) const {
+        const qsizetype entry = find(tag);
+        if (entry < 0 || read16(tiff_ + entry + 2, bigendian_) != 5)
+            return std::nullopt;
+        const quint32 offset = read32(tiff_ + entry + 8, bigendian_);
+        if (offset > quint32(size_) || size_ - qsizetype(offset) < 8)
+            return std::nullopt;
+        const quint32 numerator = read32(tiff_ + offset, bigendian_);
+        const quint32 denominator = read32(tiff_ + offset + 4, bigendian_);
+        if (denominator == 0)
+            return std::nullopt;
+        return double(numerator) / double(denominator);
+    }
+
+  private:
+    // The position of the tag's 12-byte entry, or -1.
+    qsizetype find(quint16 tag) const {
+        for (quint32 i = 0; i < count_; ++i) {
+            const qsizetype entry = ifd_ + 2 + qsizetype(i) * 12;
+            if (entry + 12 > size_)
+                return -1;
+            if (read16(tiff_ + entry, bigendian_) == tag)
+                return entry;
+        }
+        return -1;
+    }
+
+    const unsigned char* tiff_;
+    qsizetype size_;
+    bool bigendian_ = false;
+    qsizetype ifd_ = 0;
+    quint32 count_ = 0; // no entries when the structure isn't TIFF
+};
+
+constexpr quint16 orientationtag = 0x0112;
+constexpr quint16 yresolutiontag = 0x011B;
+constexpr quint16 resolutionunittag = 0x0128;
 
 } // namespace
 
@@ -116,10 +156,29 @@ std::optional<int> exiforientation(const QByteArray& header) {
         const qsizetype end = pos + 2 + length;
         if (end > header.size() || marker == 0xDA)
             return std::nullopt;
-        if (marker == 0xE1 && end - body >= 6 && std::memcmp(bytes + body, "Exif\0\0", 6) == 0)
-            return tifforientation(bytes + body + 6, end - body - 6);
+        if (marker == 0xE1 && end - body >= 6 && std::memcmp(bytes + body, "Exif\0\0", 6) == 0) {
+            const auto value = TiffIfd0(bytes + body + 6, end - body - 6).integer(orientationtag);
+            return value ? std::optional<int>(int(*value)) : std::nullopt;
+        }
         pos = end;
     }
+    return std::nullopt;
+}
+
+std::optional<double> exifdpi(const QByteArray& app1body) {
+    if (app1body.size() < 6 || std::memcmp(app1body.constData(), "Exif\0\0", 6) != 0)
+        return std::nullopt;
+    const TiffIfd0 ifd0(reinterpret_cast<const unsigned char*>(app1body.constData()) + 6,
+                        app1body.size() - 6);
+    const auto resolution = ifd0.rational(yresolutiontag);
+    if (!resolution || !(*resolution > 0))
+        return std::nullopt;
+    // ResolutionUnit: 2 inches (also when absent), 3 centimetres, 1 none.
+    const quint32 unit = ifd0.integer(resolutionunittag).value_or(2);
+    if (unit == 2)
+        return *resolution;
+    if (unit == 3)
+        return *resolution * 2.54;
     return std::nullopt;
 }
 

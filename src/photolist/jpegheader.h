@@ -16,4 +16,9 @@ Result<QByteArray> readjpegheader(const QString& path);
 // The EXIF orientation (1..8) found in the APP1 "Exif" segment of a header, if there is one.
 std::optional<int> exiforientation(const QByteArray& header);
 
+// The vertical resolution in dots per inch that an EXIF block gives (YResolution in its unit),
+// from the body of an APP1 "Exif" segment. None when it gives no positive value in inches or
+// centimetres.
+std::optional<double> exifdpi(const QByteArray& app1body);
+
 } // namespace pivotel

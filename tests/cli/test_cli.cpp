@@ -1,5 +1,6 @@
 // pivotel-cli end to end: a real process over a temporary folder of photos.
 
+#include "support/jpegstructure.h"
 #include "support/testphotos.h"
 
 #include <QDateTime>
@@ -104,7 +105,9 @@ TEST_F(Cli, ExitCodes) {
     } cases[] = {
         {{}, 2, "no photo or folder given"},
         {{QStringLiteral("--frobnicate"), six}, 2, "unknown option"},
-        {{QStringLiteral("--reencode"), six}, 2, "not available"},
+        {{QStringLiteral("--reencode"), QStringLiteral("--quality=101"), six}, 2, "from 10 to 100"},
+        {{QStringLiteral("--quality=80"), six}, 2, "--quality needs --reencode"},
+        {{QStringLiteral("--process-all"), six}, 2, "--process-all needs --reencode"},
         {{missing}, 2, "no such file or folder"},
         {{top(QStringLiteral("notes.jpg"))}, 2, "not a readable JPEG"},
         {{top(QStringLiteral("one.jpg"))}, 0, "Turned 0 photos, skipped 1"},
@@ -171,4 +174,43 @@ TEST_F(Cli, PreserveDatesKeepsTheModificationTime) {
         EXPECT_FALSE(unchanged(QString::fromLatin1(c.name))) << c.name;
         EXPECT_EQ(QFileInfo(path).lastModified() == old, c.kept) << c.name;
     }
+}
+
+TEST_F(Cli, ReencodesByOrientation) {
+    const CliResult result = run({QStringLiteral("--reencode"), QStringLiteral("--quality=100"), dir.path()});
+    EXPECT_EQ(result.exitcode, 1) << qPrintable(result.err); // notes.jpg is no photo
+    EXPECT_TRUE(result.err.contains(QStringLiteral("Re-encoded 4 photos, skipped 2, failed 1")))
+        << qPrintable(result.err);
+    for (const char* name : {"six.jpg", "eight.jpg", "three.jpg", "sub/six.jpg"}) {
+        const QString path = top(QString::fromLatin1(name));
+        const JpegStructure structure = jpegstructure(path);
+        EXPECT_EQ(structure.frame, 0xC0) << name; // re-encoded baseline, not turned losslessly
+        EXPECT_EQ(structure.quantdc.at(0), 1) << name;
+    }
+    EXPECT_EQ(decodejpeg(top(QStringLiteral("six.jpg"))).width, 32);
+    EXPECT_EQ(decodejpeg(top(QStringLiteral("three.jpg"))).width, 48);
+    for (const char* name : {"one.jpg", "plain.jpg", "notes.jpg"})
+        EXPECT_TRUE(unchanged(QString::fromLatin1(name))) << name;
+}
+
+TEST_F(Cli, ProcessAllReencodesEveryPhoto) {
+    const QString one = top(QStringLiteral("one.jpg"));
+    const QString plain = top(QStringLiteral("plain.jpg"));
+    const QString six = top(QStringLiteral("six.jpg"));
+    const Pixels plainbefore = decodejpeg(plain);
+    const CliResult result = run({QStringLiteral("--reencode"), QStringLiteral("--process-all"),
+                                  QStringLiteral("--quality=10"), QStringLiteral("--json"), one, plain, six});
+    EXPECT_EQ(result.exitcode, 0) << qPrintable(result.err);
+    const QJsonObject report = QJsonDocument::fromJson(result.out.toUtf8()).object();
+    EXPECT_EQ(report[QStringLiteral("counts")][QStringLiteral("turned")].toInt(), 3);
+    EXPECT_EQ(report[QStringLiteral("counts")][QStringLiteral("skipped")].toInt(), 0);
+    for (const QString& path : {one, plain, six})
+        EXPECT_EQ(jpegstructure(path).quantdc.at(0), 80) << qPrintable(path); // quality 10
+    // "As Is" photos keep their shape; quality 10 blurs, a turn would move the picture.
+    const Pixels plainafter = decodejpeg(plain);
+    EXPECT_EQ(plainafter.width, 48);
+    EXPECT_EQ(decodejpeg(one).width, 48);
+    EXPECT_LT(maxdifference(plainafter, plainbefore),
+              maxdifference(plainafter, turned(plainbefore, Action::Rotate180)));
+    EXPECT_EQ(decodejpeg(six).width, 32);
 }

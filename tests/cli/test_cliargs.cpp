@@ -21,6 +21,45 @@ TEST(CliArguments, Accepted) {
     EXPECT_EQ(parsed->paths, (QStringList{QStringLiteral("a"), QStringLiteral("--odd-name.jpg")}));
 }
 
+TEST(CliArguments, Reencoding) {
+    const auto plain = parsearguments({QStringLiteral("x")});
+    ASSERT_TRUE(plain);
+    EXPECT_FALSE(plain->reencode);
+    EXPECT_FALSE(plain->processall);
+
+    const auto parsed = parsearguments({QStringLiteral("--reencode"), QStringLiteral("--quality=10"),
+                                        QStringLiteral("--process-all"), QStringLiteral("x")});
+    ASSERT_TRUE(parsed) << qPrintable(parsed.reason());
+    EXPECT_TRUE(parsed->reencode);
+    EXPECT_EQ(parsed->quality, 10);
+    EXPECT_TRUE(parsed->processall);
+
+    const auto quality =
+        parsearguments({QStringLiteral("--quality=100"), QStringLiteral("--reencode"), QStringLiteral("x")});
+    ASSERT_TRUE(quality) << qPrintable(quality.reason());
+    EXPECT_EQ(quality->quality, 100);
+
+    const auto standard = parsearguments({QStringLiteral("--reencode"), QStringLiteral("x")});
+    ASSERT_TRUE(standard);
+    EXPECT_EQ(standard->quality, 75);
+}
+
+TEST(CliArguments, QualityIsRefusedOutsideTenToHundred) {
+    // The window corrects such a number; a command line says so instead.
+    for (const char* value : {"9", "101", "0", "-50", "abc", "55.9", "", "1e2"}) {
+        const auto parsed =
+            parsearguments({QStringLiteral("--reencode"), QStringLiteral("--quality=") + QLatin1String(value),
+                            QStringLiteral("x")});
+        ASSERT_FALSE(parsed) << value;
+        EXPECT_TRUE(parsed.reason().contains(QStringLiteral("--quality needs a whole number from 10 to 100")))
+            << qPrintable(parsed.reason());
+    }
+    const auto bare =
+        parsearguments({QStringLiteral("--reencode"), QStringLiteral("--quality"), QStringLiteral("x")});
+    ASSERT_FALSE(bare);
+    EXPECT_TRUE(bare.reason().contains(QStringLiteral("--quality"))) << qPrintable(bare.reason());
+}
+
 TEST(CliArguments, ActionsByName) {
     const struct {
         const char* name;
@@ -49,10 +88,10 @@ TEST(CliArguments, RefusedWithAReason) {
         {{QStringLiteral("--bogus"), QStringLiteral("x")}, "unknown option --bogus"},
         {{QStringLiteral("-r"), QStringLiteral("x")}, "unknown option -r"},
         {{QStringLiteral("--json=yes"), QStringLiteral("x")}, "takes no value"},
-        {{QStringLiteral("--reencode"), QStringLiteral("x")}, "not available"},
-        {{QStringLiteral("--quality=80"), QStringLiteral("x")}, "not available"},
-        {{QStringLiteral("--process-all"), QStringLiteral("x")}, "not available"},
         {{QStringLiteral("--preserve-dates=yes"), QStringLiteral("x")}, "takes no value"},
+        {{QStringLiteral("--quality=80"), QStringLiteral("x")}, "--quality needs --reencode"},
+        {{QStringLiteral("--process-all"), QStringLiteral("x")}, "--process-all needs --reencode"},
+        {{QStringLiteral("--reencode=yes"), QStringLiteral("x")}, "takes no value"},
     };
     for (const auto& c : cases) {
         const auto parsed = parsearguments(c.arguments);

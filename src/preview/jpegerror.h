@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <csetjmp>
+#include <cstdio>
+#include <jpeglib.h>
+
+namespace pivotel {
+
+// libjpeg's error handler for our decoders and encoders. libjpeg's own ends the program; this
+// one jumps back to `jump`, which every step that calls libjpeg sets first, and the step gives
+// up cleanly with the message kept for the user. Warnings about damaged data count as errors
+// unless `stoponwarning` is off: a damaged photo is never rewritten from a guess.
+//
+// A step that sets `jump` must hold no object with a destructor of its own: the jump passes
+// over such objects without ending them. Resources live in the step's caller.
+struct JpegError {
+    jpeg_error_mgr manager{}; // first, so libjpeg's pointer to it is a pointer to the whole
+    std::jmp_buf jump{};
+    bool stoponwarning = true;
+    char message[JMSG_LENGTH_MAX] = {};
+
+    // Sets up the handler; the result goes into the codec's `err` before it is created.
+    jpeg_error_mgr* install();
+    QString text() const { return QString::fromLocal8Bit(message); }
+};
+
+} // namespace pivotel

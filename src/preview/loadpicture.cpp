@@ -1,0 +1,185 @@
+#include "preview/loadpicture.h"
+
+#include "photolist/extensions.h"
+#include "photolist/jpegheader.h"
+#include "preview/jpegerror.h"
+
+#include <QFile>
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace pivotel {
+
+namespace {
+
+struct FileClose {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileClose>;
+
+struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+bool isiccsegment(const jpeg_marker_struct& marker) {
+    return marker.marker == JPEG_APP0 + 2 && marker.data_length >= 12 &&
+           std::memcmp(marker.data, "ICC_PROFILE\0", 12) == 0;
+}
+
+// One decompression. Every method that calls libjpeg sets the jump target first and answers
+// false when libjpeg gave up; message() says why.
+class Decompression {
+  public:
+    Decompression() { info_.err = error_.install(); }
+    ~Decompression() { jpeg_destroy_decompress(&info_); } // safe also when never created
+    Decompression(const Decompression&) = delete;
+    Decompression& operator=(const Decompression&) = delete;
+
+    jpeg_decompress_struct& info() { return info_; }
+    QString message() const { return error_.text(); }
+
+    bool readheader(std::FILE* file) {
+        if (setjmp(error_.jump))
+            return false;
+        jpeg_create_decompress(&info_);
+        jpeg_stdio_src(&info_, file);
+        for (int n = 0; n < 16; ++n)
+            jpeg_save_markers(&info_, JPEG_APP0 + n, 0xFFFF);
+        jpeg_save_markers(&info_, JPEG_COM, 0xFFFF);
+        jpeg_read_header(&info_, TRUE);
+        return true;
+    }
+
+    // The assembled ICC profile; a damaged one counts as none, the photo itself is sound.
+    bool readprofile(JOCTET** profile, unsigned int* length) {
+        *profile = nullptr;
+        *length = 0;
+        error_.stoponwarning = false;
+        if (setjmp(error_.jump)) {
+            error_.stoponwarning = true;
+            return false;
+        }
+        const bool found = jpeg_read_icc_profile(&info_, profile, length);
+        error_.stoponwarning = true;
+        return found;
+    }
+
+    bool start(J_COLOR_SPACE colorspace) {
+        if (setjmp(error_.jump))
+            return false;
+        info_.out_color_space = colorspace;
+        jpeg_start_decompress(&info_);
+        return true;
+    }
+
+    bool readrows(QImage& image) {
+        if (setjmp(error_.jump))
+            return false;
+        constexpr JDIMENSION batch = 16;
+        JSAMPROW rows[batch];
+        while (info_.output_scanline < info_.output_height) {
+            const JDIMENSION first = info_.output_scanline;
+            const JDIMENSION count = std::min(batch, info_.output_height - first);
+            for (JDIMENSION i = 0; i < count; ++i)
+                rows[i] = image.scanLine(int(first + i));
+            jpeg_read_scanlines(&info_, rows, count);
+        }
+        return true;
+    }
+
+    bool finish() {
+        if (setjmp(error_.jump))
+            return false;
+        jpeg_finish_decompress(&info_);
+        return true;
+    }
+
+  private:
+    JpegError error_;
+    jpeg_decompress_struct info_{};
+};
+
+Status damaged(const Decompression& decompression) {
+    return Status::failure(QStringLiteral("can't be decoded (%1)").arg(decompression.message()));
+}
+
+// EXIF first, as the metadata tool reads a photo's resolution; then the JFIF density.
+qint64 resolution(jpeg_decompress_struct& info, const std::vector<MarkerSegment>& segments) {
+    for (const MarkerSegment& segment : segments) {
+        if (segment.marker != JPEG_APP0 + 1)
+            continue;
+        if (const auto dpi = exifdpi(segment.body); dpi && *dpi >= 1)
+            return static_cast<qint64>(*dpi);
+    }
+    if (info.saw_JFIF_marker && info.Y_density > 0) {
+        if (info.density_unit == 1)
+            return info.Y_density;
+        if (info.density_unit == 2) // dots per cm, stored rounded: round back to whole inches
+            return std::lround(info.Y_density * 2.54);
+    }
+    return 72;
+}
+
+} // namespace
+
+Result<DecodedPicture> loadpicture(const QString& path) {
+    if (!hasextension(path, extensions::loadpicture()))
+        return Status::failure(QStringLiteral("isn't named as a JPEG file (.jpg, .jpeg, .jfif, .jpe)"));
+
+    const FilePtr file(std::fopen(QFile::encodeName(path).constData(), "rb"));
+    if (!file)
+        return Status::failure(
+            QStringLiteral("can't be read (%1)").arg(QString::fromLocal8Bit(std::strerror(errno))));
+
+    Decompression decompression;
+    jpeg_decompress_struct& info = decompression.info();
+    if (!decompression.readheader(file.get()))
+        return damaged(decompression);
+
+    DecodedPicture picture;
+    for (const jpeg_marker_struct* m = info.marker_list; m; m = m->next) {
+        if (!isiccsegment(*m))
+            picture.segments.push_back(
+                {m->marker, QByteArray(reinterpret_cast<const char*>(m->data), qsizetype(m->data_length))});
+    }
+    JOCTET* profile = nullptr;
+    unsigned int profilelength = 0;
+    if (decompression.readprofile(&profile, &profilelength)) {
+        const std::unique_ptr<JOCTET, Free> owned(profile);
+        picture.colorprofile = QByteArray(reinterpret_cast<const char*>(profile), qsizetype(profilelength));
+    }
+    picture.jpgdpi = resolution(info, picture.segments);
+
+    // Four bytes a pixel: a turn then moves whole words.
+    J_COLOR_SPACE colorspace = JCS_EXT_RGBX;
+    QImage::Format format = QImage::Format_RGBX8888;
+    switch (info.jpeg_color_space) {
+    case JCS_GRAYSCALE:
+        colorspace = JCS_GRAYSCALE;
+        format = QImage::Format_Grayscale8;
+        break;
+    case JCS_CMYK:
+    case JCS_YCCK:
+        return Status::failure(
+            QStringLiteral("is a CMYK photo, which can't be re-encoded (lossless rotation can turn it)"));
+    default:
+        break;
+    }
+    if (!decompression.start(colorspace))
+        return damaged(decompression);
+
+    picture.image = QImage(int(info.output_width), int(info.output_height), format);
+    if (picture.image.isNull())
+        return Status::failure(QStringLiteral("is too large to decode (%1 x %2 pixels)")
+                                   .arg(info.output_width)
+                                   .arg(info.output_height));
+    if (!decompression.readrows(picture.image) || !decompression.finish())
+        return damaged(decompression);
+    return picture;
+}
+
+} // namespace pivotel

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QWidget;
+
+namespace pivotel {
+
+// A modal question with two buttons; `yes` is the action button.
+struct Question {
+    QString title;
+    QString message;
+    QString explanation;
+    QString yes;
+    QString no;
+};
+
+// Every dialog the window shows goes through here: the program uses real Qt dialogs, the tests
+// answer from a script, so that no test ever waits on a modal.
+class Dialogs {
+  public:
+    virtual ~Dialogs() = default;
+
+    // Several files to open, offering files with the given extensions (no dot). Empty when the
+    // user cancels.
+    virtual QStringList choosefiles(QWidget* parent, const QString& title, const QString& folder,
+                                    const QStringList& types) = 0;
+    // One folder. Empty when the user cancels.
+    virtual QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) = 0;
+    // True when the action button was pressed.
+    virtual bool ask(QWidget* parent, const Question& question) = 0;
+    // A message with one button.
+    virtual void tell(QWidget* parent, const QString& message) = 0;
+};
+
+} // namespace pivotel

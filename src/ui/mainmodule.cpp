@@ -1,0 +1,209 @@
+#include "ui/mainmodule.h"
+
+#include "photolist/labels.h"
+#include "shell/appidentity.h"
+#include "shell/settingsstore.h"
+#include "shell/startengine.h"
+#include "support/places.h"
+#include "ui/dialogs.h"
+#include "ui/maintoolbar.h"
+#include "ui/optionspanel.h"
+#include "ui/progresswheel.h"
+#include "ui/runreport.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+
+namespace pivotel {
+
+MainModule::MainModule(Dialogs& dialogs, QWidget* parent)
+    : QMainWindow(parent), dialogs_(dialogs), list_(new PhotoListModel(this)),
+      ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()) {
+    setObjectName(QStringLiteral("mainmodule"));
+    setWindowTitle(justappname());
+    updatetimer_.setObjectName(QStringLiteral("updatetimer"));
+    updatetimer_.setInterval(50);
+    connect(&updatetimer_, &QTimer::timeout, this, [this] { updatetimer_Action(); });
+    resize(minimumSizeHint());
+    opening();
+}
+
+PhotoIntake::Window MainModule::intakewindow() {
+    PhotoIntake::Window window;
+    window.parent = this;
+    window.admissionoptions = [this] {
+        return ui_.options->admissionoptions();
+    };
+    window.updatecounter = [this] {
+        updatecounter();
+    };
+    window.showwheel = [this](bool shown) {
+        ui_.wheel->setVisible(shown);
+    };
+    return window;
+}
+
+MainModule::~MainModule() {
+    // Before the list and the state go: the run finishes its photo in work first.
+    processthread_.reset();
+}
+
+void MainModule::opening() {
+    updatecounter();
+    loadsettings();
+    updatetimer_.stop();
+    state_.isrunning = false;
+    state_.boliao = true;
+    // The sandboxed build keeps the plain title.
+    if (!forappstore)
+        setWindowTitle(appname());
+    toolbar_ = new MainToolbar(this);
+    addToolBar(Qt::TopToolBarArea, toolbar_);
+    connecttoolbar();
+    toggletoolbar(QStringLiteral("start"), true);
+    toggletoolbar(QStringLiteral("loadstart"), true);
+    startengine();
+}
+
+void MainModule::updatecounter() {
+    ui_.rowcounter->setText(countertext(list_->count()));
+}
+
+void MainModule::loadsettings() {
+    ui_.options->applysettings(pivotel::loadsettings());
+}
+
+void MainModule::savesettings() {
+    pivotel::savesettings(ui_.options->settings());
+}
+
+void MainModule::toggletoolbar(const QString& identifier, bool enabled) {
+    toolbar_->toggletoolbar(identifier, enabled);
+}
+
+void MainModule::connecttoolbar() {
+    oncommand("loadfiles", [this] { loadfiles(); });
+    oncommand("loadfolders", [this] { loadfolders(); });
+    oncommand("start", [this] { startorrefuse(); });
+    oncommand("loadstart", [this] { loadstart(); });
+    oncommand("clearlist", [this] { clearlist(); });
+}
+
+void MainModule::oncommand(const char* identifier, const std::function<void()>& command) {
+    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command] {
+        if (!commandsclosed())
+            command();
+    });
+}
+
+bool MainModule::commandsclosed() const {
+    return state_.isrunning || intake_.busy() || closing_;
+}
+
+void MainModule::loadfiles() {
+    intake_.loadfiles();
+}
+
+void MainModule::loadfolders() {
+    intake_.loadfolders();
+}
+
+void MainModule::loadstart() {
+    loadfolders();
+    // A window closed during the scan starts nothing.
+    if (!closing_)
+        startorrefuse();
+}
+
+void MainModule::startorrefuse() {
+    if (list_->count() == 0) {
+        dialogs_.tell(this, QStringLiteral("There is Nothing to Process"));
+        state_.isrunning = false;
+        return;
+    }
+    prepwork();
+}
+
+void MainModule::clearlist() {
+    list_->clearlist();
+    ui_.imagepreview->clear();
+    state_.isrunning = false;
+    state_.clearfailedlist();
+    state_.clearfailures();
+    updatecounter();
+}
+
+void MainModule::prepwork() {
+    state_.clearfailedlist();
+    state_.clearfailures();
+    ui_.options->clampquality();
+    const RunOptions options = ui_.options->runoptions();
+    // Stored at every try of a run, also one that finds nothing to do.
+    savesettings();
+
+    if (list_->counttodolist(options.selection()) < 1) {
+        ui_.wheel->hide();
+        ui_.rowcounter->setText(QStringLiteral("Nothing to Process"));
+        dialogs_.tell(this, QStringLiteral("There Is Nothing to Process"));
+        return;
+    }
+    ui_.rowcounter->setText(QStringLiteral("Starting ..."));
+    state_.setstatus(QStringLiteral("Starting ..."));
+    list_->makelist(options.selection());
+    state_.boliao = false;
+    state_.isrunning = true;
+    updatetimer_.start();
+    processthread_ =
+        std::make_unique<BatchRun>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()}, state_);
+    processthread_->start();
+}
+
+void MainModule::updatetimer_Action() {
+    if (state_.isrunning)
+        showprogress();
+    else if (state_.boliao)
+        endrun();
+}
+
+void MainModule::showprogress() {
+    ui_.rowcounter->setText(state_.status());
+}
+
+void MainModule::endrun() {
+    ui_.wheel->hide();
+    ui_.rowcounter->setText(QStringLiteral("All Done"));
+    // Every row, also those added during the run, so that a second Start finds nothing to do.
+    list_->setalllabels(label::asis);
+    state_.boliao = false;
+    list_->resetfilelist();
+    // Between runs the relay has nothing to do.
+    updatetimer_.stop();
+    processthread_.reset();
+    dialogs_.tell(this, endofrunmessage(state_.failedlist(), state_.failures()));
+    state_.isrunning = false;
+}
+
+void MainModule::closeEvent(QCloseEvent* event) {
+    // Stored before the answer, so also when the answer is "No".
+    savesettings();
+    const bool yes = dialogs_.ask(this, {QString(), QStringLiteral("Did You Want to Exit ?"), QString(),
+                                         QStringLiteral("Yes"), QStringLiteral("No")});
+    if (!yes) {
+        event->ignore();
+        return;
+    }
+    closing_ = true;
+    intake_.abandon();
+    updatetimer_.stop();
+    // The photo in work is finished; the thread is waited for when the window goes.
+    if (processthread_)
+        processthread_->requeststop();
+    event->accept();
+}
+
+QMenu* MainModule::createPopupMenu() {
+    return nullptr;
+}
+
+} // namespace pivotel

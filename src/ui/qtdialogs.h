@@ -1,0 +1,17 @@
+#pragma once
+
+#include "ui/dialogs.h"
+
+namespace pivotel {
+
+// The dialogs of the desktop, through Qt.
+class QtDialogs : public Dialogs {
+  public:
+    QStringList choosefiles(QWidget* parent, const QString& title, const QString& folder,
+                            const QStringList& types) override;
+    QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) override;
+    bool ask(QWidget* parent, const Question& question) override;
+    void tell(QWidget* parent, const QString& message) override;
+};
+
+} // namespace pivotel

@@ -1,0 +1,36 @@
+#include "shell/app.h"
+#include "shell/appidentity.h"
+#include "support/places.h"
+#include "support/testphotos.h"
+#include "windowtest.h"
+
+#include <QApplication>
+#include <QDir>
+
+using namespace pivotel;
+using namespace pivotel::test;
+
+TEST(App, StartsWithItsDataFolderAndItsWindowShown) {
+    QDir(datafolder()).removeRecursively();
+    ScriptedDialogs dialogs;
+    App app(dialogs);
+    EXPECT_TRUE(QFileInfo(datafolder()).isDir());
+    EXPECT_TRUE(app.mainmodule().isVisible());
+    EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Pivotel"));
+    EXPECT_EQ(QCoreApplication::applicationVersion(), QStringLiteral("3.6.4"));
+    // Closing the main window ends the program.
+    EXPECT_TRUE(QApplication::quitOnLastWindowClosed());
+    EXPECT_EQ(app.mainmodule().windowTitle(), forappstore ? justappname() : appname());
+}
+
+TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
+    QDir().mkpath(datafolder());
+    // A killed run leaves its lock file, its working file and the tool's copy of it.
+    const QStringList left{QStringLiteral("xtemp.jpg"), QStringLiteral("xtemp.jpg_exiftool_tmp")};
+    for (const QString& name : QStringList{QStringLiteral("xtemp.lock")} + left)
+        writebytes(datafolder() + QLatin1Char('/') + name, "x");
+    ScriptedDialogs dialogs;
+    App app(dialogs);
+    for (const QString& name : left)
+        EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);
+}
