@@ -231,9 +231,7 @@ TEST_F(MetadataRun, DatesKeptWithTheOptionOnNewWithItOff) {
 }
 
 TEST_F(MetadataRun, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
-    const QString dying = file(QStringLiteral("dying-tool"));
-    writebytes(dying, "#!/bin/sh\nkill -9 $$\n");
-    QFile::setPermissions(dying, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QString dying = writefaketool(file(QStringLiteral("dying-tool")), "kill -9 $$\n");
 
     // Its EXIF block is damaged: the photo turns, but no writer will set its orientation tag.
     const QString damaged = file(QStringLiteral("damaged.jpg"));

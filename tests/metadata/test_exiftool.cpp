@@ -19,14 +19,6 @@ const char* modename(ToolMode mode) {
     return mode == ToolMode::StayOpen ? "stay-open" : "one-shot";
 }
 
-// A stand-in for the tool: a shell script with the given body.
-QString fakeTool(const QTemporaryDir& dir, const QString& name, const QByteArray& body) {
-    const QString path = dir.filePath(name);
-    writebytes(path, "#!/bin/sh\n" + body);
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return path;
-}
-
 // Waits until the process has died (a zombie or gone), so that what follows doesn't race it.
 void waitfordeath(qint64 pid) {
     for (;;) {
@@ -152,10 +144,10 @@ TEST(ExifTool, ACommandThatHangsIsEndedAndTheNextOneRunsInANewProcess) {
     QTemporaryDir dir;
     // Hangs the first time it is started, and is the real tool after that.
     const QString flag = dir.filePath(QStringLiteral("hung-once"));
-    const QString tool =
-        fakeTool(dir, QStringLiteral("tool"),
-                 "if [ ! -e '" + QFile::encodeName(flag) + "' ]; then touch '" + QFile::encodeName(flag) +
-                     "'; exec sleep 60; fi\nexec '" + QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
+    const QString tool = writefaketool(dir.filePath(QStringLiteral("tool")),
+                                       "if [ ! -e '" + QFile::encodeName(flag) + "' ]; then touch '" +
+                                           QFile::encodeName(flag) + "'; exec sleep 60; fi\nexec '" +
+                                           QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
     for (const ToolMode mode : bothmodes) {
         QFile::remove(flag);
         ExifTool exiftool(tool, mode, 3000);
@@ -173,7 +165,8 @@ TEST(ExifTool, ACommandThatHangsIsEndedAndTheNextOneRunsInANewProcess) {
 
 TEST(ExifTool, AToolThatDiesOrIsMissingIsAFailureWithAReason) {
     QTemporaryDir dir;
-    const QString dying = fakeTool(dir, QStringLiteral("dying"), "echo 'Error: gone' >&2\nkill -9 $$\n");
+    const QString dying =
+        writefaketool(dir.filePath(QStringLiteral("dying")), "echo 'Error: gone' >&2\nkill -9 $$\n");
     const QString nowhere = dir.filePath(QStringLiteral("no-such-tool"));
     const struct {
         QString toolfile;

@@ -95,10 +95,7 @@ TEST_F(Transplant, AToolThatRefusesIsNoFailureOneThatCantRunIs) {
     EXPECT_TRUE(transplant.copycr2tojpgexif(text));
     EXPECT_EQ(readbytes(text), QByteArray("not a photo at all"));
 
-    const QString dying = file(QStringLiteral("dying"));
-    writebytes(dying, "#!/bin/sh\nkill -9 $$\n");
-    QFile::setPermissions(dying, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    ExifTool dyingtool(dying);
+    ExifTool dyingtool(writefaketool(file(QStringLiteral("dying")), "kill -9 $$\n"));
     ExifTransplant broken(dyingtool, pexif());
     const Status dumped = broken.extractexiftofile(photo);
     EXPECT_EQ(dumped.reason(),
