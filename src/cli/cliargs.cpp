@@ -17,12 +17,6 @@ const std::map<QString, QString>& actionnames() {
     return names;
 }
 
-// The options that later versions bring; refused by name until then.
-const QStringList& notyetavailable() {
-    static const QStringList names{QStringLiteral("--preserve-dates")};
-    return names;
-}
-
 } // namespace
 
 QString usagetext() {
@@ -41,6 +35,7 @@ QString usagetext() {
         "  --quality=N             JPEG quality of --reencode, 10 to 100 (default 75)\n"
         "  --process-all           with --reencode: every photo, also those needing no turn,\n"
         "                          which are re-encoded unturned\n"
+        "  --preserve-dates        keep each photo's modification and access times\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
         "  --help                  show this help\n"
@@ -66,8 +61,6 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
         const QString value = argument.section(QLatin1Char('='), 1);
         if (argument == QLatin1String("--")) {
             onlypaths = true;
-        } else if (notyetavailable().contains(name)) {
-            return Status::failure(QStringLiteral("%1 is not available in this version yet").arg(name));
         } else if (name == QLatin1String("--action")) {
             const auto found = actionnames().find(value.toLower());
             if (!hasvalue || found == actionnames().end())
@@ -90,6 +83,8 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
             options.processall = true;
         } else if (name == QLatin1String("--no-recursive")) {
             options.recursive = false;
+        } else if (name == QLatin1String("--preserve-dates")) {
+            options.preservedates = true;
         } else if (name == QLatin1String("--dry-run")) {
             options.dryrun = true;
         } else if (name == QLatin1String("--json")) {

@@ -6,6 +6,7 @@
 #include "cli/progress.h"
 #include "cli/report.h"
 #include "engine/batchrun.h"
+#include "engine/photorewrite.h"
 #include "photolist/labels.h"
 #include "support/memorypolicy.h"
 #include "support/places.h"
@@ -101,6 +102,7 @@ int main(int argc, char* argv[]) {
     options.uselosslessrotation = !cli.reencode;
     options.normalprocessall = cli.processall;
     options.quality = cli.quality;
+    options.preservedates = cli.preservedates;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
     list.makelist(rule);
@@ -124,6 +126,7 @@ int main(int argc, char* argv[]) {
                 writestdout((photo.label + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
+        cleanleftovers(datafolder());
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
         for (const PhotoReport& photo : done) {
             if (photo.outcome == PhotoOutcome::Turned)
@@ -133,7 +136,8 @@ int main(int argc, char* argv[]) {
         }
         // A run stopped by Ctrl-C leaves the rest as they were.
         for (size_t r = done.size(); r < list.filelist().size(); ++r)
-            report.failed.push_back({list.filelist()[r].path, QStringLiteral("not done: the run was stopped")});
+            report.failed.push_back(
+                {list.filelist()[r].path, QStringLiteral("not done: the run was stopped")});
     }
 
     say(report.summarytext());

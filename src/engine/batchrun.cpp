@@ -1,12 +1,17 @@
 #include "engine/batchrun.h"
 
+#include "engine/filedates.h"
 #include "engine/losslessrotate.h"
 #include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
+#include "metadata/exiftransplant.h"
+#include "metadata/resolutionrewrite.h"
+#include "support/places.h"
 
 #include <QFileInfo>
 #include <exception>
+#include <optional>
 
 namespace pivotel {
 
@@ -69,13 +74,38 @@ PhotoReport BatchRun::processphoto(qint64 row, const PhotoRow& photo, ExifTool& 
 }
 
 Status BatchRun::turnphoto(const PhotoRow& photo, ExifTool& tool) {
+    // Read before anything touches the file.
+    std::optional<FileDates> dates;
+    if (options_.preservedates) {
+        const auto read = readfiledates(photo.path);
+        if (!read)
+            return Status::failure(QStringLiteral("its file dates can't be read (%1)").arg(read.reason()));
+        dates = read.value();
+    }
+
     auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder);
     if (!rewrite)
         return rewrite.status();
-    const Status rotated = rotate(photo, rewrite.value()->workingpath(), tool);
-    if (!rotated)
+    const QString& working = rewrite.value()->workingpath();
+
+    ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
+    if (const Status dumped = transplant.extractexiftofile(photo.path); !dumped)
+        return dumped;
+    if (const Status rotated = rotate(photo, working, tool); !rotated)
         return rotated;
-    return rewrite.value()->commit();
+    if (const Status copied = transplant.copycr2tojpgexif(working); !copied)
+        return copied;
+    if (const Status upright = updatedpinonstore(tool, working, jpgdpi_); !upright)
+        return upright;
+    if (const Status committed = rewrite.value()->commit(); !committed)
+        return committed;
+
+    if (dates) {
+        if (const Status restored = restorefiledates(photo.path, *dates); !restored)
+            return Status::failure(
+                QStringLiteral("turned, but its file dates could not be kept (%1)").arg(restored.reason()));
+    }
+    return Status::success();
 }
 
 Status BatchRun::rotate(const PhotoRow& photo, const QString& working, ExifTool& tool) {

@@ -17,7 +17,8 @@ class ExifTool;
 enum class PhotoOutcome {
     Turned,  // rewritten and in place
     Missing, // not there at its turn
-    Failed,  // there, but not turned; the photo is as it was
+    Failed,  // there, but not done as asked; the reason says why (the photo is as it was, unless
+             // only its file dates could not be kept)
 };
 
 struct PhotoReport {
@@ -55,8 +56,9 @@ class BatchRun : public QThread {
   private:
     void processall();
     PhotoReport processphoto(qint64 row, const PhotoRow& photo, ExifTool& tool);
-    // Every step of one photo's turn that writes: all of them work on the rewrite's working
-    // file, which then replaces the photo in one step.
+    // Every step of one photo's turn that writes: the metadata dump of the untouched photo,
+    // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on
+    // the rewrite's working file, which then replaces the photo in one step; then the dates.
     Status turnphoto(const PhotoRow& photo, ExifTool& tool);
     // The rotator of this run, writing the turned photo to `working`.
     Status rotate(const PhotoRow& photo, const QString& working, ExifTool& tool);

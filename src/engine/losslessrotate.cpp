@@ -37,15 +37,17 @@ int transformop(Action action) {
 
 } // namespace
 
-void readresolution(ExifTool& tool, const QString& path, qint64& jpgdpi) {
+Status readresolution(ExifTool& tool, const QString& path, qint64& jpgdpi) {
     if (!tool.exists())
-        return;
+        return Status::success();
     const ToolResult result = tool.run({QStringLiteral("-XResolution"), QStringLiteral("-s"),
                                         QStringLiteral("-s"), QStringLiteral("-s"), path});
+    // A guess would be written into the photo by the metadata step: better not to turn it.
     if (!result.ok())
-        return;
+        return Status::failure(QStringLiteral("its resolution can't be read: ") + result.failuretext());
     const QString text = QString::fromUtf8(result.out);
     jpgdpi = text.trimmed().isEmpty() ? 72 : static_cast<qint64>(leadingvalue(text));
+    return Status::success();
 }
 
 Status losslesstransform(const QString& source, const QString& target, const QString& label) {
@@ -82,7 +84,8 @@ Status losslesstransform(const QString& source, const QString& target, const QSt
 
 Status losslessrotate(const QString& path, const QString& label, const QString& target, ExifTool& tool,
                       qint64& jpgdpi) {
-    readresolution(tool, path, jpgdpi);
+    if (const Status read = readresolution(tool, path, jpgdpi); !read)
+        return read;
     return losslesstransform(path, target, label);
 }
 

@@ -10,8 +10,8 @@ class ExifTool;
 
 // Reads the photo's X resolution with the metadata tool ("-XResolution -s -s -s"): the number
 // it prints, cut to a whole number, or 72 when it prints nothing. Left unchanged when the tool
-// is missing or fails.
-void readresolution(ExifTool& tool, const QString& path, qint64& jpgdpi);
+// is missing; fails, leaving it unchanged, when the tool can't read the photo.
+Status readresolution(ExifTool& tool, const QString& path, qint64& jpgdpi);
 
 // Turns the JPEG at `source` by rearranging its coded data (no decoding, no loss) and writes
 // the result to `target`: progressive, every marker of the source copied, edge blocks kept (no

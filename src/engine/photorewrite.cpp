@@ -3,8 +3,10 @@
 #include "support/fileio.h"
 #include "support/places.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -24,6 +26,44 @@ Status syncfolder(const QString& folder) {
     if (!fd.valid() || ::fsync(fd.get()) != 0)
         return Status::failure(errnotext(errno));
     return Status::success();
+}
+
+const QString besidesuffix = QStringLiteral(".pivotel-xtemp");
+
+QString lockfile(const QString& datafolder) {
+    return datafolder + QStringLiteral("/xtemp.lock");
+}
+
+QString datafolderworking(const QString& datafolder) {
+    return datafolder + QStringLiteral("/xtemp.jpg");
+}
+
+// Names the working file beside a photo while it may exist.
+QString journalfile(const QString& datafolder) {
+    return datafolder + QStringLiteral("/xtemp.beside");
+}
+
+Status notebeside(const QString& datafolder, const QString& working) {
+    const QString journal = journalfile(datafolder);
+    const QByteArray path = native(working);
+    if (const Status written = writewholefile(journal, path.constData(), path.size(), 0600); !written)
+        return written;
+    return syncfile(journal);
+}
+
+// Removes the working file and the files its writers name after it while they write: the
+// tool's "<working>_exiftool_tmp" and the XMP library's "<working>._NN_".
+void removeworkingfiles(const QString& working) {
+    ::unlink(native(working).constData());
+    const QFileInfo info(working);
+    const QString base = info.fileName();
+    const QRegularExpression helper(
+        QStringLiteral("^%1(_exiftool_tmp|\\._\\d+_)$").arg(QRegularExpression::escape(base)));
+    QDir folder(info.absolutePath());
+    for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+        if (helper.match(name).hasMatch())
+            ::unlink(native(folder.filePath(name)).constData());
+    }
 }
 
 } // namespace
@@ -48,8 +88,8 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
 
     if (!ensurefolder(datafolder))
         return Status::failure(QStringLiteral("the data folder %1 can't be made").arg(datafolder));
-    rewrite->lock_ = UniqueFd(::open(native(datafolder + QStringLiteral("/xtemp.lock")).constData(),
-                                     O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    rewrite->lock_ =
+        UniqueFd(::open(native(lockfile(datafolder)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!rewrite->lock_.valid())
         return Status::failure(QStringLiteral("the data folder can't be written (%1)").arg(errnotext(errno)));
     while (::flock(rewrite->lock_.get(), LOCK_EX) != 0) {
@@ -60,16 +100,27 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     struct stat datastat {};
     const bool samefilesystem =
         ::stat(native(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
-    rewrite->working_ = samefilesystem ? datafolder + QStringLiteral("/xtemp.jpg")
-                                       : photofolder + QStringLiteral("/.") + photoinfo.fileName() +
-                                             QStringLiteral(".pivotel-xtemp");
+    rewrite->datafolder_ = datafolder;
+    rewrite->beside_ = !samefilesystem;
+    rewrite->working_ = samefilesystem
+                            ? datafolderworking(datafolder)
+                            : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;
+    if (rewrite->beside_) {
+        if (const Status noted = notebeside(datafolder, rewrite->working_); !noted)
+            return Status::failure(
+                QStringLiteral("the data folder can't be written (%1)").arg(noted.reason()));
+    }
     ::unlink(native(rewrite->working_).constData());
     return rewrite;
 }
 
 PhotoRewrite::~PhotoRewrite() {
-    if (!committed_ && !working_.isEmpty())
-        ::unlink(native(working_).constData());
+    if (working_.isEmpty())
+        return;
+    if (!committed_)
+        removeworkingfiles(working_);
+    if (beside_)
+        ::unlink(native(journalfile(datafolder_)).constData());
 }
 
 Status PhotoRewrite::commit() {
@@ -97,6 +148,27 @@ Status PhotoRewrite::commit() {
     committed_ = true;
     syncfolder(QFileInfo(photo_).absolutePath());
     return Status::success();
+}
+
+void cleanleftovers(const QString& datafolder) {
+    UniqueFd lock(::open(native(lockfile(datafolder)).constData(), O_RDWR | O_CLOEXEC));
+    if (!lock.valid())
+        return; // no run has ever been here
+    // A run in another process holds the lock; its working files are in use.
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
+        return;
+    removeworkingfiles(datafolderworking(datafolder));
+    const QString journal = journalfile(datafolder);
+    const auto noted = readwholefile(journal);
+    if (noted) {
+        const QString working = QFile::decodeName(noted.value());
+        const QString name = QFileInfo(working).fileName();
+        // Only ever a file this program named.
+        if (QFileInfo(working).isAbsolute() && name.startsWith(QLatin1Char('.')) &&
+            name.endsWith(besidesuffix))
+            removeworkingfiles(working);
+    }
+    ::unlink(native(journal).constData());
 }
 
 } // namespace pivotel

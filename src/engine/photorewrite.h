@@ -17,6 +17,11 @@ namespace pivotel {
 // otherwise a hidden file beside the photo, since rename(2) can't cross file systems.
 // Only one rewrite at a time may use the data folder, across processes too: a lock on it is
 // held for the rewrite's life.
+//
+// The working file, and the files the tool and the XMP library name after it while they write
+// it, go when the rewrite ends; only a killed program leaves them, and cleanleftovers() removes
+// them at the next start. A working file beside a photo is named in a journal in the data
+// folder for as long as it may exist, so that it can be found then.
 class PhotoRewrite {
   public:
     // Prepares the rewrite of `photo`; fails when the photo or its folder can't be written.
@@ -42,8 +47,14 @@ class PhotoRewrite {
     mode_t mode_ = 0644;
     uid_t uid_ = 0;
     gid_t gid_ = 0;
+    QString datafolder_;
+    bool beside_ = false;
     UniqueFd lock_;
     bool committed_ = false;
 };
+
+// Removes the working files a killed run left, unless a rewrite is under way in another process.
+// The window's start-up and pivotel-cli call it before their first run.
+void cleanleftovers(const QString& datafolder);
 
 } // namespace pivotel

@@ -1,5 +1,6 @@
 #include "shell/app.h"
 
+#include "engine/photorewrite.h"
 #include "shell/appidentity.h"
 #include "support/places.h"
 #include "ui/mainmodule.h"
@@ -12,8 +13,9 @@ App::App(Dialogs& dialogs) {
     QCoreApplication::setApplicationName(justappname());
     QCoreApplication::setApplicationVersion(versiontext());
     QApplication::setQuitOnLastWindowClosed(true);
-    // The run's working files live here.
+    // The run's working files live here; those a killed run left go now.
     ensurefolder(datafolder());
+    cleanleftovers(datafolder());
 
     mainmodule_ = std::make_unique<MainModule>(dialogs);
     mainmodule_->show();

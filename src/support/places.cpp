@@ -20,7 +20,11 @@ QString datafolder() {
 }
 
 QString pexiffolder() {
-    return datafolder() + QStringLiteral("/pexif");
+    return pexiffolder(datafolder());
+}
+
+QString pexiffolder(const QString& datafolder) {
+    return datafolder + QStringLiteral("/pexif");
 }
 
 bool ensurefolder(const QString& path) {

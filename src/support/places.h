@@ -13,8 +13,9 @@ QString resourcesfolder();
 QString toolfile();
 // The application's data folder, holding the temporary files of a run.
 QString datafolder();
-// The folder of the metadata dump.
+// The folder of the metadata dump, in the data folder or in the one given.
 QString pexiffolder();
+QString pexiffolder(const QString& datafolder);
 
 // Makes the folder (and its parents) when it is missing; true when it exists afterwards.
 bool ensurefolder(const QString& path);

@@ -3,6 +3,7 @@
 #include "support/jpegstructure.h"
 #include "support/testphotos.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -104,7 +105,6 @@ TEST_F(Cli, ExitCodes) {
     } cases[] = {
         {{}, 2, "no photo or folder given"},
         {{QStringLiteral("--frobnicate"), six}, 2, "unknown option"},
-        {{QStringLiteral("--preserve-dates"), six}, 2, "not available"},
         {{QStringLiteral("--reencode"), QStringLiteral("--quality=101"), six}, 2, "from 10 to 100"},
         {{QStringLiteral("--quality=80"), six}, 2, "--quality needs --reencode"},
         {{QStringLiteral("--process-all"), six}, 2, "--process-all needs --reencode"},
@@ -112,7 +112,8 @@ TEST_F(Cli, ExitCodes) {
         {{top(QStringLiteral("notes.jpg"))}, 2, "not a readable JPEG"},
         {{top(QStringLiteral("one.jpg"))}, 0, "Turned 0 photos, skipped 1"},
         {{six, missing}, 1, "nowhere: no such file or folder"},
-        {{six}, 0, "Turned 1 photo"},
+        {{six}, 0, "Turned 0 photos, skipped 1"}, // upright now: a second run leaves it alone
+        {{top(QStringLiteral("eight.jpg"))}, 0, "Turned 1 photo"},
     };
     for (const auto& c : cases) {
         const CliResult result = run(c.arguments);
@@ -152,6 +153,27 @@ TEST_F(Cli, PathsWithBlanksQuotesAndAccents) {
     const CliResult result = run({QStringLiteral("--"), odd});
     EXPECT_EQ(result.exitcode, 0) << qPrintable(result.err);
     EXPECT_EQ(decodejpeg(odd).width, 32);
+}
+
+TEST_F(Cli, PreserveDatesKeepsTheModificationTime) {
+    const QDateTime old(QDate(2001, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const struct {
+        const char* name;
+        QStringList options;
+        bool kept;
+    } cases[] = {{"six.jpg", {QStringLiteral("--preserve-dates")}, true}, {"eight.jpg", {}, false}};
+    for (const auto& c : cases) {
+        const QString path = top(QString::fromLatin1(c.name));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(old, QFileDevice::FileModificationTime));
+        file.close();
+
+        const CliResult result = run(c.options + QStringList{path});
+        EXPECT_EQ(result.exitcode, 0) << qPrintable(result.err);
+        EXPECT_FALSE(unchanged(QString::fromLatin1(c.name))) << c.name;
+        EXPECT_EQ(QFileInfo(path).lastModified() == old, c.kept) << c.name;
+    }
 }
 
 TEST_F(Cli, ReencodesByOrientation) {

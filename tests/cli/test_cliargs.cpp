@@ -8,15 +8,16 @@ using namespace pivotel;
 using namespace pivotel::cli;
 
 TEST(CliArguments, Accepted) {
-    const auto parsed =
-        parsearguments({QStringLiteral("--no-recursive"), QStringLiteral("--action=CCW"),
-                        QStringLiteral("--dry-run"), QStringLiteral("--json"), QStringLiteral("a"),
-                        QStringLiteral("--"), QStringLiteral("--odd-name.jpg")});
+    const auto parsed = parsearguments({QStringLiteral("--no-recursive"), QStringLiteral("--action=CCW"),
+                                        QStringLiteral("--dry-run"), QStringLiteral("--json"),
+                                        QStringLiteral("--preserve-dates"), QStringLiteral("a"),
+                                        QStringLiteral("--"), QStringLiteral("--odd-name.jpg")});
     ASSERT_TRUE(parsed) << parsed.reason().toStdString();
     EXPECT_FALSE(parsed->recursive);
     EXPECT_EQ(parsed->action, label::rotateccw);
     EXPECT_TRUE(parsed->dryrun);
     EXPECT_TRUE(parsed->json);
+    EXPECT_TRUE(parsed->preservedates);
     EXPECT_EQ(parsed->paths, (QStringList{QStringLiteral("a"), QStringLiteral("--odd-name.jpg")}));
 }
 
@@ -87,7 +88,7 @@ TEST(CliArguments, RefusedWithAReason) {
         {{QStringLiteral("--bogus"), QStringLiteral("x")}, "unknown option --bogus"},
         {{QStringLiteral("-r"), QStringLiteral("x")}, "unknown option -r"},
         {{QStringLiteral("--json=yes"), QStringLiteral("x")}, "takes no value"},
-        {{QStringLiteral("--preserve-dates"), QStringLiteral("x")}, "not available"},
+        {{QStringLiteral("--preserve-dates=yes"), QStringLiteral("x")}, "takes no value"},
         {{QStringLiteral("--quality=80"), QStringLiteral("x")}, "--quality needs --reencode"},
         {{QStringLiteral("--process-all"), QStringLiteral("x")}, "--process-all needs --reencode"},
         {{QStringLiteral("--reencode=yes"), QStringLiteral("x")}, "takes no value"},

@@ -139,7 +139,14 @@ TEST_F(Lossless, ResolutionFromTheTool) {
     };
     for (const auto& c : cases) {
         qint64 jpgdpi = c.before;
-        readresolution(*c.tool, c.path, jpgdpi);
+        EXPECT_TRUE(readresolution(*c.tool, c.path, jpgdpi)) << qPrintable(c.path);
         EXPECT_EQ(jpgdpi, c.after) << qPrintable(c.path);
     }
+
+    // A tool that can't read the photo gives no value to write into it.
+    qint64 jpgdpi = 150;
+    const Status unread = readresolution(tool, file(QStringLiteral("missing.jpg")), jpgdpi);
+    EXPECT_FALSE(unread);
+    EXPECT_TRUE(unread.reason().contains(QStringLiteral("File not found"))) << qPrintable(unread.reason());
+    EXPECT_EQ(jpgdpi, 150);
 }

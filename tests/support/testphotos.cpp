@@ -176,6 +176,13 @@ QString exiftoolpath() {
     return QStringLiteral(PIVOTEL_TEST_TOOLFILE);
 }
 
+QString writefaketool(const QString& path, const QByteArray& body) {
+    writebytes(path, "#!/bin/sh\n" + body);
+    if (!QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        fail(QStringLiteral("can't make %1 executable").arg(path));
+    return path;
+}
+
 QString exiftool(const QStringList& arguments) {
     QProcess process;
     process.start(exiftoolpath(), arguments);

@@ -48,6 +48,8 @@ void insertsegment(const QString& path, unsigned char marker, const QByteArray& 
 
 // The bundle's copy of the metadata tool.
 QString exiftoolpath();
+// Writes a stand-in for the tool: an executable shell script with the given body.
+QString writefaketool(const QString& path, const QByteArray& body);
 // Runs the tool with the arguments and returns its standard output; fails the test on error.
 QString exiftool(const QStringList& arguments);
 // Writes tags in place, e.g. {"-n", "-Orientation=6"}.

@@ -1,6 +1,7 @@
 #include "shell/app.h"
 #include "shell/appidentity.h"
 #include "support/places.h"
+#include "support/testphotos.h"
 #include "windowtest.h"
 
 #include <QApplication>
@@ -20,4 +21,16 @@ TEST(App, StartsWithItsDataFolderAndItsWindowShown) {
     // Closing the main window ends the program.
     EXPECT_TRUE(QApplication::quitOnLastWindowClosed());
     EXPECT_EQ(app.mainmodule().windowTitle(), forappstore ? justappname() : appname());
+}
+
+TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
+    QDir().mkpath(datafolder());
+    // A killed run leaves its lock file, its working file and the tool's copy of it.
+    const QStringList left{QStringLiteral("xtemp.jpg"), QStringLiteral("xtemp.jpg_exiftool_tmp")};
+    for (const QString& name : QStringList{QStringLiteral("xtemp.lock")} + left)
+        writebytes(datafolder() + QLatin1Char('/') + name, "x");
+    ScriptedDialogs dialogs;
+    App app(dialogs);
+    for (const QString& name : left)
+        EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);
 }

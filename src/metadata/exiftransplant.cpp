@@ -1,0 +1,54 @@
+#include "metadata/exiftransplant.h"
+
+#include "metadata/exiftool.h"
+#include "support/fileio.h"
+#include "support/places.h"
+
+#include <QFile>
+
+namespace pivotel {
+
+ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder)
+    : tool_(tool), pexiffolder_(std::move(pexiffolder)) {
+}
+
+QString ExifTransplant::dumpfile() const {
+    return pexiffolder_ + QStringLiteral("/1.xml");
+}
+
+Status ExifTransplant::judge(const QString& step, const ToolResult& result) {
+    if (result.ran())
+        return Status::success();
+    return Status::failure(step + QStringLiteral(": ") + result.failuretext());
+}
+
+Status ExifTransplant::extractexiftofile(const QString& photo) {
+    if (!ensurefolder(pexiffolder_))
+        return Status::failure(QStringLiteral("the folder %1 can't be made").arg(pexiffolder_));
+    // A dump left by an earlier photo must never reach this one.
+    const QString dump = dumpfile();
+    if (QFile::exists(dump) && !QFile::remove(dump))
+        return Status::failure(QStringLiteral("the old metadata dump %1 can't be removed").arg(dump));
+    if (!tool_.exists())
+        return Status::success();
+    const ToolResult result = tool_.run({QStringLiteral("-X"), QStringLiteral("-struct"), photo});
+    if (const Status judged = judge(QStringLiteral("the metadata dump failed"), result); !judged)
+        return judged;
+    const QByteArray text = result.out + '\n';
+    if (const Status written = writewholefile(dump, text.constData(), text.size()); !written)
+        return Status::failure(QStringLiteral("the metadata dump can't be saved (%1)").arg(written.reason()));
+    return Status::success();
+}
+
+Status ExifTransplant::copycr2tojpgexif(const QString& target) {
+    if (!ensurefolder(pexiffolder_))
+        return Status::failure(QStringLiteral("the folder %1 can't be made").arg(pexiffolder_));
+    if (!tool_.exists())
+        return Status::success();
+    const ToolResult result =
+        tool_.run({QStringLiteral("-TagsFromFile"), dumpfile(), QStringLiteral("-exif:all"), target,
+                   QStringLiteral("-overwrite_original_in_place")});
+    return judge(QStringLiteral("copying the EXIF block back failed"), result);
+}
+
+} // namespace pivotel
