@@ -15,12 +15,13 @@ TEST(StartEngine, RunsTheToolWithVerAndDoesNotWait) {
     QTemporaryDir dir;
     const QString seen = dir.filePath(QStringLiteral("arguments"));
     const QString released = dir.filePath(QStringLiteral("released"));
+    const QString finished = dir.filePath(QStringLiteral("finished"));
     const QString tool = dir.filePath(QStringLiteral("exiftool"));
     // The tool notes its arguments, then waits until the test lets it go: startengine must have
-    // returned long before.
+    // returned long before. It says when it ends, so that it never outlives the folder.
     writebytes(tool, QStringLiteral("#!/bin/sh\necho \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
-                                    "while [ ! -e '%2' ]; do sleep 0.05; done\n")
-                         .arg(seen, released)
+                                    "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%3'\n")
+                         .arg(seen, released, finished)
                          .toUtf8());
     ASSERT_TRUE(QFile::setPermissions(tool, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 
@@ -32,6 +33,9 @@ TEST(StartEngine, RunsTheToolWithVerAndDoesNotWait) {
         QThread::msleep(20);
     ASSERT_TRUE(QFile::exists(seen));
     EXPECT_EQ(readbytes(seen), QByteArray("-ver\n"));
+    while (!QFile::exists(finished) && !deadline.hasExpired())
+        QThread::msleep(20);
+    EXPECT_TRUE(QFile::exists(finished));
 }
 
 TEST(StartEngine, AMissingToolIsSkipped) {
