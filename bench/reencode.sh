@@ -2,7 +2,7 @@
 # Normal rotation of 24-megapixel photos at quality 75: pivotel-cli --reencode against
 # ImageMagick's `convert -auto-orient -quality 75`, on the same photos, as many of them.
 #
-#   bench/reencode.sh [COUNT]      (default 4 photos, 3 runs of each tool)
+#   bench/reencode.sh [COUNT]      (default 8 photos, 3 runs of each tool)
 #
 # Needs the build (scripts/build.sh --bench also installs imagemagick and hyperfine).
 # The photos are made once, in bench/out/, by ImageMagick: a fractal landscape with grain,
@@ -10,7 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-count=${1:-4}
+count=${1:-8}
 runs=3
 cli=build/Pivotel.app/Contents/MacOS/pivotel-cli
 convert=/usr/bin/convert # not /usr/local/bin/convert, which may be something else
