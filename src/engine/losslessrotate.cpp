@@ -3,21 +3,12 @@
 #include "metadata/exiftool.h"
 #include "photolist/labels.h"
 #include "support/fileio.h"
+#include "support/turbojpeg.h"
 #include "support/xnumber.h"
-
-#include <memory>
-#include <turbojpeg.h>
 
 namespace pivotel {
 
 namespace {
-
-struct TjDestroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-};
-struct TjFree {
-    void operator()(unsigned char* buffer) const { tjFree(buffer); }
-};
 
 int transformop(Action action) {
     switch (action) {
@@ -55,7 +46,7 @@ Status losslesstransform(const QString& source, const QString& target, const QSt
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
 
-    const std::unique_ptr<void, TjDestroy> tj(tjInitTransform());
+    const TjHandle tj(tjInitTransform());
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
 
@@ -68,7 +59,7 @@ Status losslesstransform(const QString& source, const QString& target, const QSt
     const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data->constData()),
                                static_cast<unsigned long>(data->size()), 1, &output, &outputsize, &transform,
                                TJFLAG_STOPONWARNING);
-    const std::unique_ptr<unsigned char, TjFree> owned(output);
+    const TjBuffer owned(output);
     if (rc != 0)
         return Status::failure(
             QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));

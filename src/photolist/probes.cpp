@@ -2,23 +2,15 @@
 
 #include "photolist/jpegheader.h"
 #include "photolist/labels.h"
-
-#include <memory>
-#include <turbojpeg.h>
+#include "support/turbojpeg.h"
 
 namespace pivotel {
-
-namespace {
-struct TjDestroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-};
-} // namespace
 
 bool isvalid(const QString& path) {
     const auto header = readjpegheader(path);
     if (!header)
         return false;
-    const std::unique_ptr<void, TjDestroy> tj(tjInitDecompress());
+    const TjHandle tj(tjInitDecompress());
     if (!tj)
         return false;
     int width = 0, height = 0, subsamp = 0, colorspace = 0;

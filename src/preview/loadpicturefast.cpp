@@ -2,18 +2,13 @@
 
 #include "photolist/extensions.h"
 #include "support/fileio.h"
+#include "support/turbojpeg.h"
 
 #include <QImageReader>
-#include <memory>
-#include <turbojpeg.h>
 
 namespace pivotel {
 
 namespace {
-
-struct TjDestroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-};
 
 bool isjpegdata(const QByteArray& data) {
     return data.size() >= 3 && uchar(data[0]) == 0xFF && uchar(data[1]) == 0xD8 && uchar(data[2]) == 0xFF;
@@ -36,7 +31,7 @@ QSize reducedsize(QSize photo, QSize shown) {
 }
 
 ReducedPicture decodejpeg(const QByteArray& data, const std::function<QSize(QSize)>& shownsize) {
-    const std::unique_ptr<void, TjDestroy> tj(tjInitDecompress());
+    const TjHandle tj(tjInitDecompress());
     if (!tj)
         return {};
     const auto* bytes = reinterpret_cast<const unsigned char*>(data.constData());

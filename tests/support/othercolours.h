@@ -3,29 +3,22 @@
 // Test photos in the colour spaces besides RGB: grey and CMYK.
 
 #include "support/testphotos.h"
+#include "support/turbojpeg.h"
 
-#include <memory>
 #include <stdexcept>
-#include <turbojpeg.h>
 
 namespace pivotel::test {
 
 namespace detail {
-struct TjDestroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-};
-struct TjFree {
-    void operator()(unsigned char* buffer) const { tjFree(buffer); }
-};
 
 inline void encode(const QString& path, const unsigned char* pixels, int width, int height, int format,
                    int sampling) {
-    const std::unique_ptr<void, TjDestroy> tj(tjInitCompress());
+    const TjHandle tj(tjInitCompress());
     unsigned char* jpeg = nullptr;
     unsigned long size = 0;
     const int rc = tjCompress2(tj.get(), pixels, width, 0, height, format, &jpeg, &size, sampling, 95,
                                TJFLAG_ACCURATEDCT);
-    const std::unique_ptr<unsigned char, TjFree> owned(jpeg);
+    const TjBuffer owned(jpeg);
     if (rc != 0)
         throw std::runtime_error("encode failed: " + path.toStdString());
     writebytes(path, QByteArray(reinterpret_cast<const char*>(jpeg), qsizetype(size)));

@@ -1,25 +1,18 @@
 #include "support/testphotos.h"
 
 #include "photolist/jpegheader.h"
+#include "support/turbojpeg.h"
 
 #include <QFile>
 #include <QProcess>
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <memory>
 #include <stdexcept>
-#include <turbojpeg.h>
 
 namespace pivotel::test {
 
 namespace {
-struct TjDestroy {
-    void operator()(void* handle) const { tjDestroy(handle); }
-};
-struct TjFree {
-    void operator()(unsigned char* buffer) const { tjFree(buffer); }
-};
 
 [[noreturn]] void fail(const QString& what) {
     throw std::runtime_error(what.toStdString());
@@ -42,13 +35,13 @@ Pixels pattern(int width, int height) {
 }
 
 void writejpeg(const QString& path, const Pixels& pixels, int quality, Sampling sampling) {
-    const std::unique_ptr<void, TjDestroy> tj(tjInitCompress());
+    const TjHandle tj(tjInitCompress());
     unsigned char* jpeg = nullptr;
     unsigned long size = 0;
     const int rc =
         tjCompress2(tj.get(), pixels.rgb.data(), pixels.width, 0, pixels.height, TJPF_RGB, &jpeg, &size,
                     sampling == Sampling::S444 ? TJSAMP_444 : TJSAMP_420, quality, TJFLAG_ACCURATEDCT);
-    const std::unique_ptr<unsigned char, TjFree> owned(jpeg);
+    const TjBuffer owned(jpeg);
     if (rc != 0)
         fail(QStringLiteral("encode failed: %1").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
     writebytes(path, QByteArray(reinterpret_cast<const char*>(jpeg), static_cast<qsizetype>(size)));
@@ -60,7 +53,7 @@ void writepattern(const QString& path, int width, int height, Sampling sampling)
 
 Pixels decodejpeg(const QString& path) {
     const QByteArray data = readbytes(path);
-    const std::unique_ptr<void, TjDestroy> tj(tjInitDecompress());
+    const TjHandle tj(tjInitDecompress());
     int width = 0, height = 0, subsamp = 0, colorspace = 0;
     const auto* bytes = reinterpret_cast<const unsigned char*>(data.constData());
     if (tjDecompressHeader3(tj.get(), bytes, static_cast<unsigned long>(data.size()), &width, &height,
