@@ -140,27 +140,37 @@ Result<QByteArray> readjpegheader(const QString& path) {
     return Status::failure(QStringLiteral("the JPEG header is too large"));
 }
 
-std::optional<int> exiforientation(const QByteArray& header) {
+std::vector<HeaderSegment> headersegments(const QByteArray& header) {
+    std::vector<HeaderSegment> segments;
     const auto* bytes = reinterpret_cast<const unsigned char*>(header.constData());
     qsizetype pos = 2;
-    while (pos + 4 <= header.size()) {
-        if (bytes[pos] != 0xFF)
-            return std::nullopt;
+    while (pos + 2 <= header.size() && bytes[pos] == 0xFF) {
         const unsigned char marker = bytes[pos + 1];
-        if (isstandalone(marker)) {
-            pos += 2;
-            continue;
+        qsizetype end = pos + 2;
+        if (!isstandalone(marker)) {
+            if (pos + 4 > header.size())
+                break;
+            end = pos + 2 + (bytes[pos + 2] << 8 | bytes[pos + 3]);
+            if (end > header.size())
+                break;
         }
-        const int length = bytes[pos + 2] << 8 | bytes[pos + 3];
-        const qsizetype body = pos + 4;
-        const qsizetype end = pos + 2 + length;
-        if (end > header.size() || marker == 0xDA)
-            return std::nullopt;
-        if (marker == 0xE1 && end - body >= 6 && std::memcmp(bytes + body, "Exif\0\0", 6) == 0) {
-            const auto value = TiffIfd0(bytes + body + 6, end - body - 6).integer(orientationtag);
+        segments.push_back({marker, QByteArrayView(header).sliced(pos, end - pos)});
+        if (marker == 0xDA)
+            break;
+        pos = end;
+    }
+    return segments;
+}
+
+std::optional<int> exiforientation(const QByteArray& header) {
+    for (const HeaderSegment& segment : headersegments(header)) {
+        const QByteArrayView body = segment.body();
+        if (segment.marker == 0xE1 && body.startsWith(QByteArrayView("Exif\0\0", 6))) {
+            const auto value =
+                TiffIfd0(reinterpret_cast<const unsigned char*>(body.data()) + 6, body.size() - 6)
+                    .integer(orientationtag);
             return value ? std::optional<int>(int(*value)) : std::nullopt;
         }
-        pos = end;
     }
     return std::nullopt;
 }

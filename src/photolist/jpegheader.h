@@ -3,8 +3,10 @@
 #include "support/status.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <optional>
+#include <vector>
 
 namespace pivotel {
 
@@ -12,6 +14,19 @@ namespace pivotel {
 // segment (EXIF, ICC, tables, frame header) and no coded image data. Fails when the file
 // can't be read or isn't a JPEG stream.
 Result<QByteArray> readjpegheader(const QString& path);
+
+// One marker segment of a header: its marker and its bytes, from the 0xFF through the body.
+struct HeaderSegment {
+    unsigned char marker = 0;
+    QByteArrayView bytes;
+
+    // What follows the marker and the length (nothing for a marker without one).
+    QByteArrayView body() const { return bytes.size() > 4 ? bytes.sliced(4) : QByteArrayView(); }
+};
+
+// The segments of a header that readjpegheader gave, in order, through the start of scan. The
+// views point into `header`.
+std::vector<HeaderSegment> headersegments(const QByteArray& header);
 
 // The EXIF orientation (1..8) found in the APP1 "Exif" segment of a header, if there is one.
 std::optional<int> exiforientation(const QByteArray& header);

@@ -24,15 +24,11 @@ inline JpegStructure jpegstructure(const QString& path) {
     const auto header = readjpegheader(path);
     if (!header)
         throw std::runtime_error("no JPEG header in " + path.toStdString());
-    const auto* h = reinterpret_cast<const unsigned char*>(header->constData());
-    const qsizetype size = header->size();
     JpegStructure s;
-    qsizetype pos = 2;
-    while (pos + 4 <= size) {
-        const int marker = h[pos + 1];
-        const int length = h[pos + 2] << 8 | h[pos + 3];
-        const unsigned char* body = h + pos + 4;
-        const unsigned char* end = h + pos + 2 + length;
+    for (const HeaderSegment& segment : headersegments(header.value())) {
+        const auto* body = reinterpret_cast<const unsigned char*>(segment.body().data());
+        const unsigned char* end = body + segment.body().size();
+        const int marker = segment.marker;
         if (marker == 0xDB) {
             for (const unsigned char* t = body; t < end;) {
                 const bool sixteen = (*t >> 4) != 0;
@@ -52,7 +48,6 @@ inline JpegStructure jpegstructure(const QString& path) {
             s.frame = marker;
             s.components = body[5];
         }
-        pos += 2 + length;
     }
     return s;
 }

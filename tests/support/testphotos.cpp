@@ -120,37 +120,30 @@ void writebytes(const QString& path, const QByteArray& bytes) {
         fail(QStringLiteral("can't write %1").arg(path));
 }
 
-QList<QByteArray> appsegments(const QString& path) {
-    const auto header = readjpegheader(path);
+namespace {
+QByteArray headerof(const QString& path) {
+    auto header = readjpegheader(path);
     if (!header)
         fail(QStringLiteral("no JPEG header in %1").arg(path));
+    return std::move(header).value();
+}
+} // namespace
+
+QList<QByteArray> appsegments(const QString& path) {
+    const QByteArray header = headerof(path);
     QList<QByteArray> segments;
-    const QByteArray& h = header.value();
-    qsizetype pos = 2;
-    while (pos + 4 <= h.size()) {
-        const auto marker = static_cast<unsigned char>(h[pos + 1]);
-        const int length =
-            static_cast<unsigned char>(h[pos + 2]) << 8 | static_cast<unsigned char>(h[pos + 3]);
-        if ((marker >= 0xE0 && marker <= 0xEF) || marker == 0xFE)
-            segments << h.mid(pos, length + 2);
-        pos += length + 2;
+    for (const HeaderSegment& segment : headersegments(header)) {
+        if ((segment.marker >= 0xE0 && segment.marker <= 0xEF) || segment.marker == 0xFE)
+            segments << segment.bytes.toByteArray();
     }
     return segments;
 }
 
 bool isprogressive(const QString& path) {
-    const auto header = readjpegheader(path);
-    if (!header)
-        fail(QStringLiteral("no JPEG header in %1").arg(path));
-    const QByteArray& h = header.value();
-    qsizetype pos = 2;
-    while (pos + 4 <= h.size()) {
-        const auto marker = static_cast<unsigned char>(h[pos + 1]);
-        if (marker == 0xC2)
-            return true;
-        if (marker == 0xC0 || marker == 0xC1)
-            return false;
-        pos += (static_cast<unsigned char>(h[pos + 2]) << 8 | static_cast<unsigned char>(h[pos + 3])) + 2;
+    const QByteArray header = headerof(path);
+    for (const HeaderSegment& segment : headersegments(header)) {
+        if (segment.marker == 0xC0 || segment.marker == 0xC1 || segment.marker == 0xC2)
+            return segment.marker == 0xC2;
     }
     return false;
 }
