@@ -18,7 +18,6 @@ namespace {
 
 constexpr int photocount = 30;
 constexpr int kills = 8;
-constexpr int idcttolerance = 4;
 
 struct Template {
     QByteArray bytes;

@@ -1,5 +1,6 @@
 #include "engine/batchrun.h"
 #include "photolist/labels.h"
+#include "support/runfixture.h"
 #include "support/testphotos.h"
 
 #include <QFile>
@@ -12,24 +13,7 @@ using namespace pivotel::test;
 
 namespace {
 
-class Run : public ::testing::Test {
-  protected:
-    QString photo(const QString& name, int width = 48, int height = 32) {
-        const QString path = dir.filePath(name);
-        writepattern(path, width, height);
-        return path;
-    }
-
-    std::vector<PhotoReport> run(const WorkList& work, RunOptions options = {}) {
-        BatchRun batch(work, options, {data.path(), exiftoolpath()}, state);
-        batch.start();
-        EXPECT_TRUE(batch.wait(QDeadlineTimer(120000)));
-        return batch.reports();
-    }
-
-    QTemporaryDir dir, data;
-    ListState state;
-};
+class Run : public RunFixture {};
 
 } // namespace
 
@@ -57,8 +41,8 @@ TEST_F(Run, TurnsEachPhotoAndReportsTheOnesItCouldNot) {
         EXPECT_EQ(reports[i].outcome, outcomes[i]) << i;
         EXPECT_EQ(reports[i].row, qint64(i));
     }
-    EXPECT_LE(maxdifference(decodejpeg(cw), turned(cwbefore, Action::Rotate90)), 4);
-    EXPECT_LE(maxdifference(decodejpeg(flip), turned(flipbefore, Action::MirrorHorizontal)), 4);
+    EXPECT_LE(maxdifference(decodejpeg(cw), turned(cwbefore, Action::Rotate90)), idcttolerance);
+    EXPECT_LE(maxdifference(decodejpeg(flip), turned(flipbefore, Action::MirrorHorizontal)), idcttolerance);
     EXPECT_EQ(readbytes(damaged), damagedbytes);
 
     // Missing photos by display name, each behind a line end; the others with a reason.

@@ -11,11 +11,6 @@ using namespace pivotel::test;
 
 namespace {
 
-// Decoding a losslessly turned JPEG differs from turning the decoded pixels only by rounding:
-// the inverse DCT's two passes run the other way round after a quarter turn, and the colour
-// conversion can widen a step of one to three. A wrong turn differs by a hundred and more.
-constexpr int idcttolerance = 4;
-
 class Lossless : public ::testing::Test {
   protected:
     QString file(const QString& name) const { return dir.filePath(name); }

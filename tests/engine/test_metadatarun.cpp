@@ -2,6 +2,7 @@
 
 #include "engine/batchrun.h"
 #include "photolist/labels.h"
+#include "support/runfixture.h"
 #include "support/taggedphotos.h"
 #include "support/testphotos.h"
 
@@ -18,24 +19,9 @@ using namespace pivotel::test;
 
 namespace {
 
-// Decoding a losslessly turned JPEG differs from turning the decoded pixels by rounding only.
-constexpr int idcttolerance = 4;
-
-class MetadataRun : public ::testing::Test {
+class MetadataRun : public RunFixture {
   protected:
-    std::vector<PhotoReport> run(const WorkList& work, RunOptions options = {},
-                                 QString toolfile = exiftoolpath()) {
-        BatchRun batch(work, options, {data.path(), toolfile}, state);
-        batch.start();
-        EXPECT_TRUE(batch.wait(QDeadlineTimer(120000)));
-        return batch.reports();
-    }
-
-    QString file(const QString& name) const { return dir.filePath(name); }
     QString dump() const { return data.filePath(QStringLiteral("pexif/1.xml")); }
-
-    QTemporaryDir dir, data;
-    ListState state;
 };
 
 // Tags a turn changes or that describe the file rather than the photo.

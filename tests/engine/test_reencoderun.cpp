@@ -4,6 +4,7 @@
 #include "photolist/labels.h"
 #include "support/jpegstructure.h"
 #include "support/othercolours.h"
+#include "support/runfixture.h"
 #include "support/testphotos.h"
 
 #include <QFile>
@@ -20,21 +21,8 @@ constexpr int quality = 95;
 constexpr int luminancedc = 2; // libjpeg's table at quality 95
 constexpr int reencodetolerance = 8;
 
-class ReencodeRun : public ::testing::Test {
+class ReencodeRun : public RunFixture {
   protected:
-    QString photo(const QString& name, int width = 48, int height = 32) {
-        const QString path = dir.filePath(name);
-        writepattern(path, width, height);
-        return path;
-    }
-
-    std::vector<PhotoReport> run(const WorkList& work, const RunOptions& options) {
-        BatchRun batch(work, options, {data.path(), exiftoolpath()}, state);
-        batch.start();
-        EXPECT_TRUE(batch.wait(QDeadlineTimer(120000)));
-        return batch.reports();
-    }
-
     static RunOptions reencode(bool processall) {
         RunOptions options;
         options.uselosslessrotation = false;
@@ -42,9 +30,6 @@ class ReencodeRun : public ::testing::Test {
         options.quality = quality;
         return options;
     }
-
-    QTemporaryDir dir, data;
-    ListState state;
 };
 
 } // namespace

@@ -19,11 +19,10 @@ TEST(StartEngine, RunsTheToolWithVerAndDoesNotWait) {
     const QString tool = dir.filePath(QStringLiteral("exiftool"));
     // The tool notes its arguments, then waits until the test lets it go: startengine must have
     // returned long before. It says when it ends, so that it never outlives the folder.
-    writebytes(tool, QStringLiteral("#!/bin/sh\necho \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
-                                    "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%3'\n")
-                         .arg(seen, released, finished)
-                         .toUtf8());
-    ASSERT_TRUE(QFile::setPermissions(tool, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    writefaketool(tool, QStringLiteral("echo \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
+                                       "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%3'\n")
+                            .arg(seen, released, finished)
+                            .toUtf8());
 
     EXPECT_TRUE(startengine(tool));
     writebytes(released, "go"); // only reached because startengine didn't wait

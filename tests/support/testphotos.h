@@ -33,6 +33,11 @@ Pixels decodejpeg(const QString& path);
 
 // The exact pixel result of an action.
 Pixels turned(const Pixels& pixels, Action action);
+// Decoding a losslessly turned JPEG differs from turning the decoded pixels only by rounding:
+// the inverse DCT's two passes run the other way round after a quarter turn, and the colour
+// conversion can widen a step of one to three. A wrong turn differs by a hundred and more.
+constexpr int idcttolerance = 4;
+
 // The largest difference of any channel of any pixel; images of other sizes give 255.
 int maxdifference(const Pixels& a, const Pixels& b);
 
