@@ -17,6 +17,26 @@ const std::map<QString, QString>& actionnames() {
     return names;
 }
 
+// Options that take no value: each sets one switch.
+struct Switch {
+    bool CliOptions::*member;
+    bool value;
+};
+
+const std::map<QString, Switch>& switches() {
+    static const std::map<QString, Switch> table{
+        {QStringLiteral("--reencode"), {&CliOptions::reencode, true}},
+        {QStringLiteral("--process-all"), {&CliOptions::processall, true}},
+        {QStringLiteral("--no-recursive"), {&CliOptions::recursive, false}},
+        {QStringLiteral("--preserve-dates"), {&CliOptions::preservedates, true}},
+        {QStringLiteral("--dry-run"), {&CliOptions::dryrun, true}},
+        {QStringLiteral("--json"), {&CliOptions::json, true}},
+        {QStringLiteral("--help"), {&CliOptions::help, true}},
+        {QStringLiteral("--version"), {&CliOptions::version, true}},
+    };
+    return table;
+}
+
 } // namespace
 
 QString usagetext() {
@@ -75,24 +95,10 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
                     QStringLiteral("--quality needs a whole number from 10 to 100 (got \"%1\")").arg(value));
             options.quality = quality;
             qualitygiven = true;
-        } else if (hasvalue) {
-            return Status::failure(QStringLiteral("%1 takes no value").arg(name));
-        } else if (name == QLatin1String("--reencode")) {
-            options.reencode = true;
-        } else if (name == QLatin1String("--process-all")) {
-            options.processall = true;
-        } else if (name == QLatin1String("--no-recursive")) {
-            options.recursive = false;
-        } else if (name == QLatin1String("--preserve-dates")) {
-            options.preservedates = true;
-        } else if (name == QLatin1String("--dry-run")) {
-            options.dryrun = true;
-        } else if (name == QLatin1String("--json")) {
-            options.json = true;
-        } else if (name == QLatin1String("--help")) {
-            options.help = true;
-        } else if (name == QLatin1String("--version")) {
-            options.version = true;
+        } else if (const auto found = switches().find(name); found != switches().end()) {
+            if (hasvalue)
+                return Status::failure(QStringLiteral("%1 takes no value").arg(name));
+            options.*found->second.member = found->second.value;
         } else {
             return Status::failure(QStringLiteral("unknown option %1").arg(argument));
         }
