@@ -1,21 +1,10 @@
 #include "cli/cliargs.h"
 
-#include "photolist/labels.h"
-
 #include <map>
 
 namespace pivotel::cli {
 
 namespace {
-
-const std::map<QString, QString>& actionnames() {
-    static const std::map<QString, QString> names{
-        {QStringLiteral("cw"), label::rotatecw},   {QStringLiteral("ccw"), label::rotateccw},
-        {QStringLiteral("180"), label::rotate180}, {QStringLiteral("flip"), label::flipleft},
-        {QStringLiteral("asis"), label::asis},
-    };
-    return names;
-}
 
 // Options that take no value: each sets one switch.
 struct Switch {
@@ -82,11 +71,11 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
         if (argument == QLatin1String("--")) {
             onlypaths = true;
         } else if (name == QLatin1String("--action")) {
-            const auto found = actionnames().find(value.toLower());
-            if (!hasvalue || found == actionnames().end())
+            const auto found = actionfortoken(value.toLower());
+            if (!hasvalue || !found)
                 return Status::failure(
                     QStringLiteral("--action needs one of cw, ccw, 180, flip, asis (got \"%1\")").arg(value));
-            options.action = found->second;
+            options.action = *found;
         } else if (name == QLatin1String("--quality")) {
             bool number = false;
             const int quality = value.toInt(&number);

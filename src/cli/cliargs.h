@@ -1,5 +1,6 @@
 #pragma once
 
+#include "photolist/action.h"
 #include "support/status.h"
 
 #include <QString>
@@ -11,7 +12,7 @@ namespace pivotel::cli {
 struct CliOptions {
     QStringList paths;
     bool recursive = true;
-    std::optional<QString> action; // a label for every photo; none: from the EXIF orientation
+    std::optional<Action> action; // one action for every photo; none: from the EXIF orientation
     bool reencode = false;
     int quality = 75;
     bool processall = false;
@@ -24,8 +25,8 @@ struct CliOptions {
 
 // Parses the command line (without the program name). A failure's reason is the message for
 // the user; the exit code for it is 2.
-Result<CliOptions> parsearguments(const QStringList& arguments);
+[[nodiscard]] Result<CliOptions> parsearguments(const QStringList& arguments);
 
-QString usagetext();
+[[nodiscard]] QString usagetext();
 
 } // namespace pivotel::cli

@@ -24,7 +24,7 @@ class Taker {
         const Admission admission = judgephoto(path, admission_);
         switch (admission.verdict) {
         case Verdict::Admitted:
-            list_.appendrow(name, options_.action.value_or(admission.label), path);
+            list_.appendrow(name, options_.action.value_or(admission.action), path);
             ++result_.admitted;
             return true;
         case Verdict::NotNeeded:

@@ -30,7 +30,7 @@ struct IntakeResult {
 
 struct IntakeOptions {
     bool recursive = true;
-    std::optional<QString> action; // overrides every admitted photo's label
+    std::optional<Action> action; // overrides every admitted photo's action
     bool processall = false;       // photos that need no turn are taken too, as "As Is"
 };
 
@@ -38,6 +38,6 @@ struct IntakeOptions {
 // `list` through the same admission as the window's intake. With no action the labels come
 // from the EXIF orientation and, unless every photo is to be processed, photos that need no turn
 // are left off.
-IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list);
+[[nodiscard]] IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list);
 
 } // namespace pivotel::cli

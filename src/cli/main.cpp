@@ -5,9 +5,10 @@
 #include "cli/intake.h"
 #include "cli/progress.h"
 #include "cli/report.h"
-#include "engine/batchrun.h"
 #include "engine/photorewrite.h"
-#include "photolist/labels.h"
+#include "engine/runsession.h"
+#include "photolist/action.h"
+#include "support/appidentity.h"
 #include "support/memorypolicy.h"
 #include "support/places.h"
 
@@ -41,12 +42,11 @@ void writestdout(const QByteArray& bytes) {
 }
 
 std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& options, QCoreApplication& app) {
-    ListState state;
-    BatchRun run(work, options, {datafolder(), toolfile()}, state);
+    RunSession run(work, options, {datafolder(), toolfile()});
     Progress progress(static_cast<qint64>(work.size()), stderr);
-    QObject::connect(&run, &BatchRun::photostarted, &app,
-                     [&progress](qint64 row, const QString& name) { progress.photo(row, name); });
-    QObject::connect(&run, &QThread::finished, &app, &QCoreApplication::quit);
+    QObject::connect(&run, &RunSession::photostarted, &app,
+                     [&progress](qint64 index, const QString& name) { progress.photo(index, name); });
+    QObject::connect(&run, &RunSession::finished, &app, &QCoreApplication::quit);
 
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, &app, [&run, &watch] {
@@ -61,7 +61,6 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 
     run.start();
     app.exec();
-    run.wait();
     progress.finish();
     return run.reports();
 }
@@ -72,7 +71,7 @@ int main(int argc, char* argv[]) {
     reusephotobuffers();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("3.6.4"));
+    QCoreApplication::setApplicationVersion(versiontext());
 
     const auto parsed = parsearguments(app.arguments().mid(1));
     if (!parsed) {
@@ -85,7 +84,7 @@ int main(int argc, char* argv[]) {
         return 0;
     }
     if (cli.version) {
-        writestdout(QByteArrayLiteral("pivotel-cli 3.6.4\n"));
+        writestdout(QStringLiteral("pivotel-cli %1\n").arg(versiontext()).toUtf8());
         return 0;
     }
 
@@ -115,22 +114,22 @@ int main(int argc, char* argv[]) {
     for (const SkippedPhoto& skipped : intake.skipped)
         report.skipped.push_back({skipped.path, skipped.reason});
     for (qint64 r = 0; r < list.count(); ++r) {
-        if (!rule.takes(list.row(r).label))
+        if (!rule.takes(list.row(r).action))
             report.skipped.push_back({list.row(r).path, QStringLiteral("action \"As Is\"")});
     }
 
     if (cli.dryrun) {
         for (const PhotoRow& photo : list.filelist()) {
-            report.turned.push_back({photo.path, photo.label});
+            report.turned.push_back({photo.path, labelof(photo.action)});
             if (!cli.json)
-                writestdout((photo.label + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
+                writestdout((labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
         cleanleftovers(datafolder());
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
         for (const PhotoReport& photo : done) {
             if (photo.outcome == PhotoOutcome::Turned)
-                report.turned.push_back({photo.photo.path, photo.photo.label});
+                report.turned.push_back({photo.photo.path, labelof(photo.photo.action)});
             else
                 report.failed.push_back({photo.photo.path, photo.reason});
         }

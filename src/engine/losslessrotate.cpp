@@ -1,83 +1,58 @@
 #include "engine/losslessrotate.h"
 
+#include "jpeg/transform.h"
 #include "metadata/exiftool.h"
-#include "photolist/labels.h"
 #include "support/fileio.h"
-#include "support/turbojpeg.h"
 #include "support/xnumber.h"
 
 namespace pivotel {
 
 namespace {
 
-int transformop(Action action) {
+JpegTransform transformfor(Action action) {
     switch (action) {
-    case Action::Rotate90:
-        return TJXOP_ROT90;
-    case Action::Rotate270:
-        return TJXOP_ROT270;
+    case Action::Rotate90Clockwise:
+        return JpegTransform::Rotate90;
+    case Action::Rotate90Counterclockwise:
+        return JpegTransform::Rotate270;
     case Action::Rotate180:
-        return TJXOP_ROT180;
-    case Action::MirrorHorizontal:
-        return TJXOP_HFLIP;
-    case Action::None:
+        return JpegTransform::Rotate180;
+    case Action::FlipLeft:
+        return JpegTransform::FlipHorizontal;
+    case Action::AsIs:
         break;
     }
-    return TJXOP_NONE;
+    return JpegTransform::None;
 }
 
 } // namespace
 
-Status readresolution(ExifTool& tool, const QString& path, qint64& jpgdpi) {
+Result<qint64> readresolution(ExifTool& tool, const QString& path) {
     if (!tool.exists())
-        return Status::success();
+        return qint64(72);
     const ToolResult result = tool.run({QStringLiteral("-XResolution"), QStringLiteral("-s"),
                                         QStringLiteral("-s"), QStringLiteral("-s"), path});
     // A guess would be written into the photo by the metadata step: better not to turn it.
     if (!result.ok())
         return Status::failure(QStringLiteral("its resolution can't be read: ") + result.failuretext());
     const QString text = QString::fromUtf8(result.out);
-    jpgdpi = text.trimmed().isEmpty() ? 72 : static_cast<qint64>(leadingvalue(text));
-    return Status::success();
+    return text.trimmed().isEmpty() ? qint64(72) : static_cast<qint64>(leadingvalue(text));
 }
 
-Status losslesstransform(const QString& source, const QString& target, const QString& label) {
+Status losslesstransform(const QString& source, const QString& target, Action action) {
     const auto data = readwholefile(source);
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
-
-    const TjHandle tj(tjInitTransform());
-    if (!tj)
-        return Status::failure(QStringLiteral("the JPEG library can't start"));
-
-    tjtransform transform{};
-    transform.op = transformop(actionforlabel(label));
-    transform.options = TJXOPT_PROGRESSIVE; // markers are copied unless told otherwise; no trim
-
-    unsigned char* output = nullptr;
-    unsigned long outputsize = 0;
-    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data->constData()),
-                               static_cast<unsigned long>(data->size()), 1, &output, &outputsize, &transform,
-                               TJFLAG_STOPONWARNING);
-    const TjBuffer owned(output);
-    if (rc != 0)
-        return Status::failure(
-            QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
-    if (!output || outputsize == 0)
-        return Status::failure(QStringLiteral("the JPEG library gave no result"));
-
-    const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
-    if (!written)
-        return Status::failure(
-            QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
-    return Status::success();
+    return transformjpeg(*data, transformfor(action), EdgePolicy::Keep, target);
 }
 
-Status losslessrotate(const QString& path, const QString& label, const QString& target, ExifTool& tool,
-                      qint64& jpgdpi) {
-    if (const Status read = readresolution(tool, path, jpgdpi); !read)
-        return read;
-    return losslesstransform(path, target, label);
+Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target, ExifTool& tool) {
+    const auto dpi = readresolution(tool, path);
+    if (!dpi)
+        return dpi.status();
+    if (const Status turned = losslesstransform(path, target, action); !turned)
+        return turned;
+    return Rotation{*dpi};
 }
 
 } // namespace pivotel

@@ -1,27 +1,29 @@
 #include "engine/normalrotate.h"
 
-#include "engine/jpegencoder.h"
 #include "engine/turnedpicture.h"
-#include "photolist/labels.h"
-#include "preview/loadpicture.h"
+#include "jpeg/decode.h"
+#include "jpeg/encode.h"
+#include "photolist/extensions.h"
 
 namespace pivotel {
 
-Status normalrotatenew(const QString& path, const QString& label, const QString& target, int quality,
-                       qint64& jpgdpi) {
-    auto decoded = loadpicture(path);
+Result<Rotation> normalrotatenew(const QString& path, Action action, const QString& target, int quality) {
+    if (!hasextension(path, extensions::loadpicture()))
+        return Status::failure(QStringLiteral("isn't named as a JPEG file (.jpg, .jpeg, .jfif, .jpe)"));
+    auto decoded = decodepicture(path);
     if (!decoded)
         return decoded.status();
     DecodedPicture& picture = decoded.value();
-    jpgdpi = picture.jpgdpi;
 
     EncodeSettings settings;
     settings.quality = quality;
     settings.dpi = picture.jpgdpi;
     settings.colorprofile = std::move(picture.colorprofile);
     settings.segments = std::move(picture.segments);
-    const TurnedPicture turned(std::move(picture.image), actionforlabel(label));
-    return encodejpeg(turned, settings, target);
+    const TurnedPicture turned(std::move(picture.image), action);
+    if (const Status encoded = encodejpeg(turned, settings, target); !encoded)
+        return encoded;
+    return Rotation{settings.dpi};
 }
 
 } // namespace pivotel

@@ -52,11 +52,11 @@ void copystrip(const QImage& source, Action action, int first, int count, unsign
     const int width = source.width();
     const int height = source.height();
     switch (action) {
-    case Action::None:
+    case Action::AsIs:
         for (int k = 0; k < count; ++k)
             std::memcpy(out + k * stride, source.constScanLine(first + k), size_t(width) * B);
         break;
-    case Action::MirrorHorizontal:
+    case Action::FlipLeft:
         for (int k = 0; k < count; ++k)
             reversed<B>(source.constScanLine(first + k), out + k * stride, width);
         break;
@@ -64,17 +64,17 @@ void copystrip(const QImage& source, Action action, int first, int count, unsign
         for (int k = 0; k < count; ++k)
             reversed<B>(source.constScanLine(height - 1 - (first + k)), out + k * stride, width);
         break;
-    case Action::Rotate90:
+    case Action::Rotate90Clockwise:
         quarterturn<B>(source, true, first, count, out, stride);
         break;
-    case Action::Rotate270:
+    case Action::Rotate90Counterclockwise:
         quarterturn<B>(source, false, first, count, out, stride);
         break;
     }
 }
 
 bool swapsides(Action action) {
-    return action == Action::Rotate90 || action == Action::Rotate270;
+    return action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
 }
 
 int pixelsize(QImage::Format format) {

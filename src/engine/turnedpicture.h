@@ -1,6 +1,7 @@
 #pragma once
 
-#include "photolist/labels.h"
+#include "jpeg/encode.h"
+#include "photolist/action.h"
 
 #include <QImage>
 
@@ -10,22 +11,22 @@ namespace pivotel {
 // second whole picture is ever held: a 24-megapixel photo needs its decoded pixels and a few
 // rows more. Pure pixel moves, nothing interpolated, no border. "Flip Left" mirrors left to
 // right, as the lossless path's flip does.
-class TurnedPicture {
+class TurnedPicture : public RowSource {
   public:
     // The source is shared, not copied, when its format is Format_RGBX8888, Format_RGB888 or
     // Format_Grayscale8; any other is converted to Format_RGBX8888 first.
     TurnedPicture(QImage source, Action action);
 
-    int width() const;
-    int height() const;
+    int width() const override;
+    int height() const override;
     // The pixel layout of the rows: that of the source.
-    QImage::Format format() const { return source_.format(); }
-    int bytesperpixel() const { return bytesperpixel_; }
+    QImage::Format format() const override { return source_.format(); }
+    int bytesperpixel() const override { return bytesperpixel_; }
 
     // Writes rows first .. first + count - 1 of the turned picture to `out`, each row `stride`
     // bytes after the one before. A quarter turn reads a run of `count` pixels from every source
     // row, so it goes faster the more rows a call asks for.
-    void copyrows(int first, int count, unsigned char* out, qsizetype stride) const;
+    void copyrows(int first, int count, unsigned char* out, qsizetype stride) const override;
 
   private:
     QImage source_;

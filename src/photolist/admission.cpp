@@ -1,6 +1,5 @@
 #include "photolist/admission.h"
 
-#include "photolist/labels.h"
 #include "photolist/photolistmodel.h"
 #include "photolist/probes.h"
 
@@ -8,23 +7,23 @@ namespace pivotel {
 
 Admission judgephoto(const QString& path, const AdmissionOptions& options) {
     if (!isvalid(path))
-        return {Verdict::NotJpeg, QString(), QStringLiteral("not a readable JPEG photo")};
-    const QString orientation = getorientation(path);
+        return {Verdict::NotJpeg, Action::AsIs, QStringLiteral("not a readable JPEG photo")};
+    const std::optional<Action> orientation = getorientation(path);
     // A photo whose orientation can't be read stays off the list even when EXIF isn't used.
-    if (orientation == label::fail)
-        return {Verdict::Unreadable, orientation, QStringLiteral("its markers can't be read")};
+    if (!orientation)
+        return {Verdict::Unreadable, Action::AsIs, QStringLiteral("its markers can't be read")};
     if (!options.useexiforientation)
-        return {Verdict::Admitted, label::asis, QString()};
-    if (options.onlyloadwhenneeded && orientation == label::asis)
-        return {Verdict::NotNeeded, orientation, QStringLiteral("needs no turn")};
-    return {Verdict::Admitted, orientation, QString()};
+        return {Verdict::Admitted, Action::AsIs, QString()};
+    if (options.onlyloadwhenneeded && *orientation == Action::AsIs)
+        return {Verdict::NotNeeded, Action::AsIs, QStringLiteral("needs no turn")};
+    return {Verdict::Admitted, *orientation, QString()};
 }
 
 Admission admitphoto(PhotoListModel& list, const QString& name, const QString& path,
                      const AdmissionOptions& options) {
     Admission admission = judgephoto(path, options);
     if (admission.verdict == Verdict::Admitted)
-        list.appendrow(name, admission.label, path);
+        list.appendrow(name, admission.action, path);
     return admission;
 }
 

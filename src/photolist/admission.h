@@ -1,5 +1,7 @@
 #pragma once
 
+#include "photolist/action.h"
+
 #include <QString>
 
 namespace pivotel {
@@ -21,12 +23,12 @@ enum class Verdict {
 
 struct Admission {
     Verdict verdict;
-    QString label;  // the label the row gets, or the probe's result when refused
-    QString reason; // why a file was refused, for front ends that tell
+    Action action = Action::AsIs; // the action the row gets
+    QString reason;               // why a file was refused, for front ends that tell
 };
 
 // Judges a file that has passed its intake path's extension test.
-Admission judgephoto(const QString& path, const AdmissionOptions& options);
+[[nodiscard]] Admission judgephoto(const QString& path, const AdmissionOptions& options);
 
 // Judges the file and, when admitted, appends its row. Refusals are silent here.
 Admission admitphoto(PhotoListModel& list, const QString& name, const QString& path,

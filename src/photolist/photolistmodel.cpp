@@ -1,13 +1,11 @@
 #include "photolist/photolistmodel.h"
 
-#include "photolist/labels.h"
-
 namespace pivotel {
 
-bool SelectionRule::takes(const QString& label) const {
+bool SelectionRule::takes(Action action) const {
     if (normalprocessall && !uselosslessrotation)
         return true;
-    return !labelequals(label, label::asis);
+    return action != Action::AsIs;
 }
 
 PhotoListModel::PhotoListModel(QObject* parent) : QAbstractTableModel(parent) {
@@ -30,7 +28,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const {
         case NameColumn:
             return r.name;
         case LabelColumn:
-            return r.label;
+            return labelof(r.action);
         case PathColumn:
             return r.path;
         default:
@@ -59,26 +57,26 @@ QVariant PhotoListModel::headerData(int section, Qt::Orientation orientation, in
     }
 }
 
-void PhotoListModel::appendrow(const QString& name, const QString& label, const QString& path) {
+void PhotoListModel::appendrow(const QString& name, Action action, const QString& path) {
     const int at = static_cast<int>(rows_.size());
     beginInsertRows({}, at, at);
-    rows_.push_back({name, label, path});
+    rows_.push_back({name, action, path});
     endInsertRows();
 }
 
-void PhotoListModel::setlabel(qint64 row, const QString& label) {
+void PhotoListModel::setaction(qint64 row, Action action) {
     if (!hasrow(row))
         return;
-    rows_[static_cast<size_t>(row)].label = label;
+    rows_[static_cast<size_t>(row)].action = action;
     const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
     emit dataChanged(cell, cell, {Qt::DisplayRole});
 }
 
-void PhotoListModel::setalllabels(const QString& label) {
+void PhotoListModel::setallactions(Action action) {
     if (rows_.empty())
         return;
     for (PhotoRow& r : rows_)
-        r.label = label;
+        r.action = action;
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
                      {Qt::DisplayRole});
 }
@@ -92,7 +90,7 @@ void PhotoListModel::clearlist() {
 qint64 PhotoListModel::counttodolist(const SelectionRule& rule) {
     qint64 n = 0;
     for (const PhotoRow& r : rows_) {
-        if (rule.takes(r.label))
+        if (rule.takes(r.action))
             ++n;
     }
     thelistcount_ = n;
@@ -103,7 +101,7 @@ void PhotoListModel::makelist(const SelectionRule& rule) {
     filelist_.clear();
     filelist_.reserve(static_cast<size_t>(thelistcount_));
     for (const PhotoRow& r : rows_) {
-        if (rule.takes(r.label))
+        if (rule.takes(r.action))
             filelist_.push_back(r);
     }
 }

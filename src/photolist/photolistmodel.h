@@ -1,5 +1,7 @@
 #pragma once
 
+#include "photolist/action.h"
+
 #include <QAbstractTableModel>
 #include <QString>
 #include <vector>
@@ -8,20 +10,20 @@ namespace pivotel {
 
 // One photo on the list: the texts of the list's columns 0 to 2.
 struct PhotoRow {
-    QString name;  // the file's name with its extension
-    QString label; // the action label
-    QString path;  // the POSIX path: the row's identity for every later step
+    QString name;                 // the file's name with its extension
+    Action action = Action::AsIs; // shown as its label
+    QString path;                 // the POSIX path: the row's identity for every later step
 };
 
 // The run's packed snapshot of the rows it works on, in list order.
 using WorkList = std::vector<PhotoRow>;
 
 // Which rows a run takes: every row in a process-all run (process-all on, lossless off);
-// otherwise the rows whose label isn't "As Is", compared ignoring case.
+// otherwise the rows whose action isn't "As Is".
 struct SelectionRule {
     bool normalprocessall = false;
     bool uselosslessrotation = true;
-    bool takes(const QString& label) const;
+    [[nodiscard]] bool takes(Action action) const;
 };
 
 // The photo list: the row store the window shows, owned by the main thread. The run never
@@ -43,9 +45,9 @@ class PhotoListModel : public QAbstractTableModel {
     const PhotoRow& row(qint64 row) const { return rows_.at(static_cast<size_t>(row)); }
 
     // Appends a row; the list's order is the order of arrival, duplicates included.
-    void appendrow(const QString& name, const QString& label, const QString& path);
-    void setlabel(qint64 row, const QString& label);
-    void setalllabels(const QString& label);
+    void appendrow(const QString& name, Action action, const QString& path);
+    void setaction(qint64 row, Action action);
+    void setallactions(Action action);
     // Removes every row; `filelist` and `thelistcount` keep what they hold.
     void clearlist();
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "jpeg/decode.h"
+
 #include <QImage>
 #include <QSize>
 #include <QString>
@@ -13,12 +15,6 @@ namespace pivotel {
 // image plugins, which decode HEIF only where such a plugin is installed. The EXIF orientation
 // is not applied. A photo with damaged data gives what could be decoded of it.
 QImage loadpicturefast(const QString& path);
-
-// A picture decoded for showing at a smaller size, and the size of the photo itself.
-struct ReducedPicture {
-    QImage picture;
-    QSize photosize;
-};
 
 // As loadpicturefast, for a picture that is to be shown at `shownsize(the photo's size)`: JPEG
 // data is decoded at the smallest of the decoder's reductions (1/2, 1/4, 1/8) that still covers

@@ -1,9 +1,8 @@
 #include "ui/mainmodule.h"
 
-#include "photolist/labels.h"
-#include "shell/appidentity.h"
-#include "shell/settingsstore.h"
-#include "shell/startengine.h"
+#include "metadata/startengine.h"
+#include "photolist/action.h"
+#include "support/appidentity.h"
 #include "support/places.h"
 #include "ui/dialogs.h"
 #include "ui/maintoolbar.h"
@@ -22,8 +21,8 @@
 
 namespace pivotel {
 
-MainModule::MainModule(Dialogs& dialogs, QWidget* parent)
-    : QMainWindow(parent), dialogs_(dialogs), list_(new PhotoListModel(this)),
+MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* parent)
+    : QMainWindow(parent), dialogs_(dialogs), settings_(settings), list_(new PhotoListModel(this)),
       ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()),
       preview_(*ui_.imagepreview) {
     setObjectName(QStringLiteral("mainmodule"));
@@ -82,11 +81,11 @@ void MainModule::updatecounter() {
 }
 
 void MainModule::loadsettings() {
-    ui_.options->applysettings(pivotel::loadsettings());
+    ui_.options->applysettings(settings_.load());
 }
 
 void MainModule::savesettings() {
-    pivotel::savesettings(ui_.options->settings());
+    settings_.save(ui_.options->settings());
 }
 
 void MainModule::toggletoolbar(const QString& identifier, bool enabled) {
@@ -141,14 +140,10 @@ void MainModule::clearlist() {
     nowrow_ = -1;
     preview_.clear();
     state_.isrunning = false;
-    state_.clearfailedlist();
-    state_.clearfailures();
     updatecounter();
 }
 
 void MainModule::prepwork() {
-    state_.clearfailedlist();
-    state_.clearfailures();
     ui_.options->clampquality();
     const RunOptions options = ui_.options->runoptions();
     // Stored at every try of a run, also one that finds nothing to do.
@@ -161,13 +156,17 @@ void MainModule::prepwork() {
         return;
     }
     ui_.rowcounter->setText(QStringLiteral("Starting ..."));
-    state_.setstatus(QStringLiteral("Starting ..."));
+    state_.xstatus = QStringLiteral("Starting ...");
     list_->makelist(options.selection());
     state_.boliao = false;
     state_.isrunning = true;
     updatetimer_.start();
-    processthread_ =
-        std::make_unique<BatchRun>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()}, state_);
+    processthread_ = std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
+    connect(processthread_.get(), &RunSession::photostarted, this, &MainModule::photostarted);
+    connect(processthread_.get(), &RunSession::finished, this, [this] {
+        state_.isrunning = false;
+        state_.boliao = true;
+    });
     processthread_->start();
 }
 
@@ -178,8 +177,15 @@ void MainModule::updatetimer_Action() {
         endrun();
 }
 
+void MainModule::photostarted(qint64 index, const QString& name) {
+    state_.currentrow = index;
+    state_.xstatus = QStringLiteral("Rotating ") + name;
+    // A photo the run finds gone is its report's to name, not the preview's.
+    state_.candopreview = false;
+}
+
 void MainModule::showprogress() {
-    ui_.rowcounter->setText(state_.status());
+    ui_.rowcounter->setText(state_.xstatus);
     // The worker is never held for this: a photo is replaced by a single rename, so the preview
     // reads the whole old photo or the whole new one.
     Dopreviewrow(state_.currentrow);
@@ -189,13 +195,14 @@ void MainModule::endrun() {
     ui_.wheel->hide();
     ui_.rowcounter->setText(QStringLiteral("All Done"));
     // Every row, also those added during the run, so that a second Start finds nothing to do.
-    list_->setalllabels(label::asis);
+    list_->setallactions(Action::AsIs);
     state_.boliao = false;
     list_->resetfilelist();
     // Between runs the relay has nothing to do.
     updatetimer_.stop();
+    const std::vector<PhotoReport> reports = processthread_->reports();
     processthread_.reset();
-    dialogs_.tell(this, endofrunmessage(state_.failedlist(), state_.failures()));
+    dialogs_.tell(this, endofrunmessage(reports));
     state_.isrunning = false;
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "engine/batchrun.h"
+#include "engine/runsession.h"
 #include "photolist/liststate.h"
 #include "photolist/photolistmodel.h"
 #include "ui/mainlayout.h"
 #include "ui/photointake.h"
 #include "ui/photopreview.h"
+#include "ui/settings.h"
 
 #include <QMainWindow>
 #include <QTimer>
@@ -24,7 +25,7 @@ class MainModule : public QMainWindow {
   public:
     // Makes the window's controls and opens it: settings loaded, toolbar installed, the
     // metadata tool started once.
-    explicit MainModule(Dialogs& dialogs, QWidget* parent = nullptr);
+    MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* parent = nullptr);
     // A run still going ends after its photo in work, which is finished or left whole.
     ~MainModule() override;
 
@@ -85,8 +86,11 @@ class MainModule : public QMainWindow {
     void updatetimer_Action();
     void showprogress();
     void endrun();
+    // The run session's news of the photo it begins.
+    void photostarted(qint64 index, const QString& name);
 
     Dialogs& dialogs_;
+    SettingsStore& settings_;
     ListState state_;
     PhotoListModel* list_;
     MainLayout ui_;
@@ -96,7 +100,7 @@ class MainModule : public QMainWindow {
     qint64 nowrow_ = -1;   // the selected row, which a refresh of the preview redraws
     bool telling_ = false; // the message about a missing photo stands open
     QTimer updatetimer_;
-    std::unique_ptr<BatchRun> processthread_;
+    std::unique_ptr<RunSession> processthread_;
     bool closing_ = false;
 };
 

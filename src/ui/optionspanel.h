@@ -2,7 +2,7 @@
 
 #include "engine/runoptions.h"
 #include "photolist/admission.h"
-#include "shell/settingsstore.h"
+#include "ui/settings.h"
 
 #include <QWidget>
 

@@ -10,7 +10,7 @@ class QWidget;
 namespace pivotel {
 
 class Dialogs;
-class ListState;
+struct ListState;
 class PhotoListModel;
 
 // Takes photos onto the list by file dialog (Load Files) and by folder (Load Folders), on the

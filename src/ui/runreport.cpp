@@ -2,27 +2,28 @@
 
 namespace pivotel {
 
-QString endofrunmessage(const QString& failedlist, const std::vector<PhotoFailure>& failures) {
-    const bool missing = !failedlist.trimmed().isEmpty();
-    if (!missing && failures.empty())
+QString endofrunmessage(const std::vector<PhotoReport>& reports) {
+    QString missing, failed;
+    for (const PhotoReport& report : reports) {
+        if (report.outcome == PhotoOutcome::Missing)
+            missing += QLatin1Char('\n') + report.photo.name;
+        else if (report.outcome == PhotoOutcome::Failed)
+            failed += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") + report.reason;
+    }
+    if (missing.isEmpty() && failed.isEmpty())
         return QStringLiteral("All Done");
 
     QString message;
-    if (missing) {
+    if (!missing.isEmpty()) {
         // Every entry of the list begins with a line end, so a blank line follows the sentence.
         message =
             QStringLiteral("The Following Files Could not be Processed as they may be missing or deleted\n") +
-            failedlist;
+            missing;
     }
-    if (!failures.empty()) {
+    if (!failed.isEmpty()) {
         if (!message.isEmpty())
             message += QStringLiteral("\n\n");
-        message += QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n");
-        for (const PhotoFailure& failure : failures) {
-            message += QLatin1Char('\n');
-            message += failure.name.isEmpty() ? failure.reason
-                                              : failure.name + QStringLiteral(": ") + failure.reason;
-        }
+        message += QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
     }
     return message;
 }

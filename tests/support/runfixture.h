@@ -3,7 +3,7 @@
 // A batch run over photos in a temporary folder, with its own data folder, as the engine tests
 // drive it.
 
-#include "engine/batchrun.h"
+#include "engine/runsession.h"
 #include "support/testphotos.h"
 
 #include <QDeadlineTimer>
@@ -25,14 +25,13 @@ class RunFixture : public ::testing::Test {
 
     std::vector<PhotoReport> run(const WorkList& work, const RunOptions& options = {},
                                  const QString& toolfile = exiftoolpath()) {
-        BatchRun batch(work, options, {data.path(), toolfile}, state);
-        batch.start();
-        EXPECT_TRUE(batch.wait(QDeadlineTimer(120000)));
-        return batch.reports();
+        RunSession session(work, options, {data.path(), toolfile});
+        session.start();
+        EXPECT_TRUE(session.wait(QDeadlineTimer(120000)));
+        return session.reports();
     }
 
     QTemporaryDir dir, data;
-    ListState state;
 };
 
 } // namespace pivotel::test

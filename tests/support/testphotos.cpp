@@ -67,18 +67,18 @@ Pixels decodejpeg(const QString& path) {
 }
 
 Pixels turned(const Pixels& in, Action action) {
-    const bool swap = action == Action::Rotate90 || action == Action::Rotate270;
+    const bool swap = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
     Pixels out{swap ? in.height : in.width, swap ? in.width : in.height,
                std::vector<unsigned char>(in.rgb.size())};
     for (int y = 0; y < in.height; ++y) {
         for (int x = 0; x < in.width; ++x) {
             int nx = x, ny = y;
             switch (action) {
-            case Action::Rotate90: // clockwise
+            case Action::Rotate90Clockwise: // clockwise
                 nx = in.height - 1 - y;
                 ny = x;
                 break;
-            case Action::Rotate270:
+            case Action::Rotate90Counterclockwise:
                 nx = y;
                 ny = in.width - 1 - x;
                 break;
@@ -86,10 +86,10 @@ Pixels turned(const Pixels& in, Action action) {
                 nx = in.width - 1 - x;
                 ny = in.height - 1 - y;
                 break;
-            case Action::MirrorHorizontal:
+            case Action::FlipLeft:
                 nx = in.width - 1 - x;
                 break;
-            case Action::None:
+            case Action::AsIs:
                 break;
             }
             std::copy_n(in.at(x, y), 3, &out.rgb[(static_cast<size_t>(ny) * out.width + nx) * 3]);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "photolist/labels.h"
+#include "photolist/action.h"
 #include "support/qtprinting.h"
 
 #include <QByteArray>

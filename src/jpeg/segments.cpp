@@ -1,4 +1,4 @@
-#include "photolist/jpegheader.h"
+#include "jpeg/segments.h"
 
 #include <QFile>
 #include <cstring>
@@ -160,6 +160,47 @@ std::vector<HeaderSegment> headersegments(const QByteArray& header) {
         pos = end;
     }
     return segments;
+}
+
+Result<qsizetype> pictureend(QByteArrayView data) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
+    const qsizetype size = data.size();
+    if (size < 2 || bytes[0] != 0xFF || bytes[1] != 0xD8)
+        return Status::failure(QStringLiteral("not a JPEG file"));
+    qsizetype pos = 2;
+    bool inscan = false;
+    while (pos < size) {
+        if (bytes[pos] != 0xFF) {
+            if (!inscan)
+                return Status::failure(QStringLiteral("the JPEG data is damaged"));
+            ++pos; // entropy-coded data
+            continue;
+        }
+        qsizetype next = pos + 1;
+        while (next < size && bytes[next] == 0xFF) // fill bytes
+            ++next;
+        if (next >= size)
+            break;
+        const unsigned char marker = bytes[next];
+        if (inscan && (marker == 0x00 || (marker >= 0xD0 && marker <= 0xD7))) {
+            pos = next + 1; // a stuffed byte or a restart marker: still in the scan
+            continue;
+        }
+        if (marker == 0xD9)
+            return next + 1;
+        if (isstandalone(marker)) {
+            pos = next + 1;
+            continue;
+        }
+        if (next + 3 > size)
+            break;
+        const qsizetype length = bytes[next + 1] << 8 | bytes[next + 2];
+        if (length < 2)
+            return Status::failure(QStringLiteral("the JPEG data is damaged"));
+        pos = next + 1 + length;
+        inscan = marker == 0xDA;
+    }
+    return Status::failure(QStringLiteral("the JPEG data ends before the picture does"));
 }
 
 std::optional<int> exiforientation(const QByteArray& header) {

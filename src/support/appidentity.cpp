@@ -1,4 +1,4 @@
-#include "shell/appidentity.h"
+#include "support/appidentity.h"
 
 namespace pivotel {
 

@@ -13,7 +13,7 @@ namespace pivotel {
 // The bytes of a JPEG file from its start through the start-of-scan segment: every marker
 // segment (EXIF, ICC, tables, frame header) and no coded image data. Fails when the file
 // can't be read or isn't a JPEG stream.
-Result<QByteArray> readjpegheader(const QString& path);
+[[nodiscard]] Result<QByteArray> readjpegheader(const QString& path);
 
 // One marker segment of a header: its marker and its bytes, from the 0xFF through the body.
 struct HeaderSegment {
@@ -26,14 +26,20 @@ struct HeaderSegment {
 
 // The segments of a header that readjpegheader gave, in order, through the start of scan. The
 // views point into `header`.
-std::vector<HeaderSegment> headersegments(const QByteArray& header);
+[[nodiscard]] std::vector<HeaderSegment> headersegments(const QByteArray& header);
+
+// Where the picture of a whole JPEG file ends: the offset just past its end-of-image marker,
+// found by walking every segment and skipping each scan's entropy-coded data. Whatever lies
+// beyond it (a camera's further pictures, a phone's motion-photo video) is not the picture's.
+// Fails when the data ends before the picture does.
+[[nodiscard]] Result<qsizetype> pictureend(QByteArrayView data);
 
 // The EXIF orientation (1..8) found in the APP1 "Exif" segment of a header, if there is one.
-std::optional<int> exiforientation(const QByteArray& header);
+[[nodiscard]] std::optional<int> exiforientation(const QByteArray& header);
 
 // The vertical resolution in dots per inch that an EXIF block gives (YResolution in its unit),
 // from the body of an APP1 "Exif" segment. None when it gives no positive value in inches or
 // centimetres.
-std::optional<double> exifdpi(const QByteArray& app1body);
+[[nodiscard]] std::optional<double> exifdpi(const QByteArray& app1body);
 
 } // namespace pivotel

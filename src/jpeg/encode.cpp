@@ -1,6 +1,6 @@
-#include "engine/jpegencoder.h"
+#include "jpeg/encode.h"
 
-#include "preview/jpegerror.h"
+#include "jpeg/jpegerror.h"
 #include "support/fileio.h"
 
 #include <QFile>
@@ -55,7 +55,7 @@ class Compression {
 
     QString message() const { return error_.text(); }
 
-    bool start(const TurnedPicture& picture, const EncodeSettings& settings, std::FILE* file) {
+    bool start(const RowSource& picture, const EncodeSettings& settings, std::FILE* file) {
         if (setjmp(error_.jump))
             return false;
         jpeg_create_compress(&info_);
@@ -89,7 +89,7 @@ class Compression {
     }
 
     // `strip` holds `rows.size()` rows, which `rows` point to.
-    bool writerows(const TurnedPicture& picture, std::vector<JSAMPROW>& rows, qsizetype stride) {
+    bool writerows(const RowSource& picture, std::vector<JSAMPROW>& rows, qsizetype stride) {
         if (setjmp(error_.jump))
             return false;
         unsigned char* strip = rows.front();
@@ -118,7 +118,7 @@ class Compression {
 
 } // namespace
 
-Status encodejpeg(const TurnedPicture& picture, const EncodeSettings& settings, const QString& target) {
+Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target) {
     FilePtr file(std::fopen(QFile::encodeName(target).constData(), "wb"));
     if (!file)
         return Status::failure(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));

@@ -1,6 +1,6 @@
 // pivotel: the window.
 
-#include "shell/app.h"
+#include "app/app.h"
 #include "ui/qtdialogs.h"
 
 #include <QApplication>

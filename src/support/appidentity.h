@@ -1,5 +1,7 @@
 #pragma once
 
+#include "pivotel_version.h"
+
 #include <QString>
 
 namespace pivotel {
@@ -9,16 +11,16 @@ namespace pivotel {
 // The build flavour: true for the sandboxed build, which asks for write access to folders.
 inline constexpr bool forappstore = PIVOTEL_FORAPPSTORE;
 
-inline constexpr int majorversion = 3;
-inline constexpr int minorversion = 6;
-inline constexpr int bugversion = 4;
+inline constexpr int majorversion = PIVOTEL_VERSION_MAJOR;
+inline constexpr int minorversion = PIVOTEL_VERSION_MINOR;
+inline constexpr int bugversion = PIVOTEL_VERSION_PATCH;
 
 // The program's plain name, "Pivotel".
 QString justappname();
-// "3.6.4".
+// The version, as "major.minor.bug".
 QString versiontext();
-// The name with the version, as the main window's title shows it: "Pivotel v3.6.4 ". The
-// trailing blank belongs to the text.
+// The name with the version, as the main window's title shows it: "Pivotel v" and the version,
+// then a blank that belongs to the text.
 QString appname();
 
 // Where the settings live: the application's own preferences domain.

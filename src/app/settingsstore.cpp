@@ -1,6 +1,6 @@
-#include "shell/settingsstore.h"
+#include "app/settingsstore.h"
 
-#include "shell/appidentity.h"
+#include "support/appidentity.h"
 
 #include <QIODevice>
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "shell/startengine.h"
+#include "metadata/startengine.h"
 
 #include "metadata/toolrunner.h"
 

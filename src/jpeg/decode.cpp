@@ -1,8 +1,8 @@
-#include "preview/loadpicture.h"
+#include "jpeg/decode.h"
 
-#include "photolist/extensions.h"
-#include "photolist/jpegheader.h"
-#include "preview/jpegerror.h"
+#include "jpeg/jpegerror.h"
+#include "jpeg/segments.h"
+#include "jpeg/turbojpeg.h"
 
 #include <QFile>
 #include <algorithm>
@@ -126,10 +126,7 @@ qint64 resolution(jpeg_decompress_struct& info, const std::vector<MarkerSegment>
 
 } // namespace
 
-Result<DecodedPicture> loadpicture(const QString& path) {
-    if (!hasextension(path, extensions::loadpicture()))
-        return Status::failure(QStringLiteral("isn't named as a JPEG file (.jpg, .jpeg, .jfif, .jpe)"));
-
+Result<DecodedPicture> decodepicture(const QString& path) {
     const FilePtr file(std::fopen(QFile::encodeName(path).constData(), "rb"));
     if (!file)
         return Status::failure(
@@ -180,6 +177,53 @@ Result<DecodedPicture> loadpicture(const QString& path) {
     if (!decompression.readrows(picture.image) || !decompression.finish())
         return damaged(decompression);
     return picture;
+}
+
+namespace {
+
+// The decoder's scaled size of `size` by `factor`, rounded up as the decoder rounds it.
+QSize scaledsize(QSize size, tjscalingfactor factor) {
+    return {TJSCALED(size.width(), factor), TJSCALED(size.height(), factor)};
+}
+
+// The smallest reduction of `photo` that still covers `shown` both ways. The halvings are
+// the decoder's quickest reductions, done inside its inverse DCT.
+QSize reducedsize(QSize photo, QSize shown) {
+    for (const int denominator : {8, 4, 2}) {
+        const QSize reduced = scaledsize(photo, tjscalingfactor{1, denominator});
+        if (reduced.width() >= shown.width() && reduced.height() >= shown.height())
+            return reduced;
+    }
+    return photo;
+}
+
+} // namespace
+
+bool isjpegdata(const QByteArray& data) {
+    return data.size() >= 3 && uchar(data[0]) == 0xFF && uchar(data[1]) == 0xD8 && uchar(data[2]) == 0xFF;
+}
+
+ReducedPicture decodereduced(const QByteArray& data, const std::function<QSize(QSize)>& shownsize) {
+    const TjHandle tj(tjInitDecompress());
+    if (!tj)
+        return {};
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data.constData());
+    const auto size = static_cast<unsigned long>(data.size());
+    int width = 0, height = 0, subsampling = 0, colorspace = 0;
+    if (tjDecompressHeader3(tj.get(), bytes, size, &width, &height, &subsampling, &colorspace) != 0)
+        return {};
+    if (colorspace == TJCS_CMYK || colorspace == TJCS_YCCK || width < 1 || height < 1)
+        return {};
+    const QSize photo(width, height);
+    const QSize decoded = shownsize ? reducedsize(photo, shownsize(photo)) : photo;
+    QImage image(decoded, QImage::Format_RGB888);
+    if (image.isNull())
+        return {};
+    if (tjDecompress2(tj.get(), bytes, size, image.bits(), decoded.width(), int(image.bytesPerLine()),
+                      decoded.height(), TJPF_RGB, TJFLAG_FASTDCT) != 0 &&
+        tjGetErrorCode(tj.get()) != TJERR_WARNING)
+        return {};
+    return {image, photo};
 }
 
 } // namespace pivotel

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "engine/turnedpicture.h"
-#include "preview/loadpicture.h"
+#include "jpeg/decode.h"
 #include "support/status.h"
+
+#include <QImage>
 
 #include <QByteArray>
 #include <QString>
@@ -20,9 +21,24 @@ struct EncodeSettings {
     std::vector<MarkerSegment> segments;
 };
 
+// Pixels handed to the encoder a strip of rows at a time, so that a turned picture need never
+// be held whole beside its source.
+class RowSource {
+  public:
+    virtual ~RowSource() = default;
+    [[nodiscard]] virtual int width() const = 0;
+    [[nodiscard]] virtual int height() const = 0;
+    // Format_RGBX8888, Format_RGB888 or Format_Grayscale8.
+    [[nodiscard]] virtual QImage::Format format() const = 0;
+    [[nodiscard]] virtual int bytesperpixel() const = 0;
+    // Writes rows first .. first + count - 1 to `out`, each row `stride` bytes after the one
+    // before.
+    virtual void copyrows(int first, int count, unsigned char* out, qsizetype stride) const = 0;
+};
+
 // Encodes the picture as a baseline JPEG with optimised Huffman tables and writes it to
 // `target`. Grey pictures stay grey. Chroma is halved both ways below quality 90 and kept whole
 // from 90 up, where a user asks for the most the format can keep.
-Status encodejpeg(const TurnedPicture& picture, const EncodeSettings& settings, const QString& target);
+[[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target);
 
 } // namespace pivotel

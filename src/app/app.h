@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/settingsstore.h"
+
 #include <memory>
 
 namespace pivotel {
@@ -17,6 +19,7 @@ class App {
     MainModule& mainmodule() { return *mainmodule_; }
 
   private:
+    PreferencesStore settings_;
     std::unique_ptr<MainModule> mainmodule_;
 };
 

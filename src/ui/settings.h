@@ -16,15 +16,12 @@ struct Settings {
     bool operator==(const Settings&) const = default;
 };
 
-// Reads the stored options. A key that is absent, or holds a value of another type than its
-// own (Boolean, or text for "jpgquality"), gives the default. A stored quality "0" comes back
-// as "80".
-Settings loadsettings();
-
-// Stores all six options and writes them out.
-void savesettings(const Settings& settings);
-
-// Where the options are kept, for a user who looks for them.
-QString settingslocation();
+// Where the window's options are kept between launches; the application provides it.
+class SettingsStore {
+  public:
+    virtual ~SettingsStore() = default;
+    [[nodiscard]] virtual Settings load() = 0;
+    virtual void save(const Settings& settings) = 0;
+};
 
 } // namespace pivotel

@@ -1,7 +1,8 @@
-#include "shell/app.h"
+#include "app/app.h"
 
 #include "engine/photorewrite.h"
-#include "shell/appidentity.h"
+#include "app/settingsstore.h"
+#include "support/appidentity.h"
 #include "support/places.h"
 #include "ui/mainmodule.h"
 
@@ -17,7 +18,7 @@ App::App(Dialogs& dialogs) {
     ensurefolder(datafolder());
     cleanleftovers(datafolder());
 
-    mainmodule_ = std::make_unique<MainModule>(dialogs);
+    mainmodule_ = std::make_unique<MainModule>(dialogs, settings_);
     mainmodule_->show();
 }
 

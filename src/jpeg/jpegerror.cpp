@@ -1,4 +1,4 @@
-#include "preview/jpegerror.h"
+#include "jpeg/jpegerror.h"
 
 namespace pivotel {
 

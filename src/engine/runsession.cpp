@@ -1,0 +1,134 @@
+#include "engine/runsession.h"
+
+#include "engine/filedates.h"
+#include "engine/losslessrotate.h"
+#include "engine/normalrotate.h"
+#include "engine/photorewrite.h"
+#include "metadata/exiftool.h"
+#include "metadata/exiftransplant.h"
+#include "metadata/resolutionrewrite.h"
+#include "support/places.h"
+
+#include <QFileInfo>
+#include <QThread>
+#include <exception>
+#include <optional>
+
+namespace pivotel {
+
+class RunSession::Worker : public QThread {
+  public:
+    explicit Worker(RunSession& session) : session_(session) { setObjectName(QStringLiteral("processthread")); }
+
+  protected:
+    void run() override { session_.processall(); }
+
+  private:
+    RunSession& session_;
+};
+
+RunSession::RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent)
+    : QObject(parent), filelist_(std::move(filelist)), options_(options), places_(std::move(places)),
+      thread_(std::make_unique<Worker>(*this)) {
+    qRegisterMetaType<pivotel::PhotoReport>();
+    connect(thread_.get(), &QThread::finished, this, &RunSession::finished);
+}
+
+RunSession::~RunSession() {
+    requeststop();
+    thread_->wait();
+}
+
+void RunSession::start() {
+    thread_->start();
+}
+
+void RunSession::requeststop() {
+    stop_ = true;
+}
+
+bool RunSession::wait(QDeadlineTimer deadline) {
+    return thread_->wait(deadline);
+}
+
+bool RunSession::isrunning() const {
+    return thread_->isRunning();
+}
+
+std::vector<PhotoReport> RunSession::reports() const {
+    const std::lock_guard lock(mutex_);
+    return reports_;
+}
+
+void RunSession::record(PhotoReport report) {
+    {
+        const std::lock_guard lock(mutex_);
+        reports_.push_back(report);
+    }
+    emit photofinished(report);
+}
+
+void RunSession::processall() {
+    // The tool's process belongs to this thread, so it is made here.
+    ExifTool tool(places_.toolfile);
+    for (qint64 i = 0; i < static_cast<qint64>(filelist_.size()) && !stop_; ++i) {
+        const PhotoRow& photo = filelist_[static_cast<size_t>(i)];
+        emit photostarted(i, photo.name);
+        try {
+            record(processphoto(i, photo, tool));
+        } catch (const std::exception& error) {
+            // Nothing may leave the run stuck: say why it stopped and go no further.
+            record({i, photo, PhotoOutcome::Failed, QStringLiteral("the run stopped: %1").arg(error.what())});
+            return;
+        }
+    }
+}
+
+PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
+    if (!QFileInfo::exists(photo.path))
+        return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted")};
+    const Status turned = turnphoto(photo, tool);
+    if (!turned)
+        return {index, photo, PhotoOutcome::Failed, turned.reason()};
+    return {index, photo, PhotoOutcome::Turned, QString()};
+}
+
+Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool) {
+    // Read before anything touches the file.
+    std::optional<FileDates> dates;
+    if (options_.preservedates) {
+        const auto read = readfiledates(photo.path);
+        if (!read)
+            return Status::failure(QStringLiteral("its file dates can't be read (%1)").arg(read.reason()));
+        dates = read.value();
+    }
+
+    auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder);
+    if (!rewrite)
+        return rewrite.status();
+    const QString& working = rewrite.value()->workingpath();
+
+    ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
+    if (const Status dumped = transplant.extractexiftofile(photo.path); !dumped)
+        return dumped;
+    const Result<Rotation> rotated = options_.uselosslessrotation
+                                         ? losslessrotate(photo.path, photo.action, working, tool)
+                                         : normalrotatenew(photo.path, photo.action, working, options_.quality);
+    if (!rotated)
+        return rotated.status();
+    if (const Status copied = transplant.copycr2tojpgexif(working); !copied)
+        return copied;
+    if (const Status upright = updatedpinonstore(tool, working, rotated->jpgdpi); !upright)
+        return upright;
+    if (const Status committed = rewrite.value()->commit(); !committed)
+        return committed;
+
+    if (dates) {
+        if (const Status restored = restorefiledates(photo.path, *dates); !restored)
+            return Status::failure(
+                QStringLiteral("turned, but its file dates could not be kept (%1)").arg(restored.reason()));
+    }
+    return Status::success();
+}
+
+} // namespace pivotel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "support/status.h"
+
+#include <QSize>
+#include <QString>
+#include <optional>
+
+namespace pivotel {
+
+enum class JpegColorSpace { YCbCr, Rgb, Grey, Cmyk, Ycck };
+enum class JpegSampling { S444, S422, S420, Grey, S440, S411, Other };
+
+// What a JPEG file's header says about its picture, read without decoding any image data.
+struct JpegProbe {
+    QSize size;
+    JpegColorSpace colorspace = JpegColorSpace::YCbCr;
+    JpegSampling sampling = JpegSampling::Other;
+    std::optional<int> orientation; // the EXIF orientation (1..8), when the file has one
+};
+
+// Reads the header of the file at `path`. Fails when it isn't a JPEG whose header gives a
+// width and a height of at least 1.
+[[nodiscard]] Result<JpegProbe> probejpeg(const QString& path);
+
+} // namespace pivotel
