@@ -2,7 +2,7 @@
 
 // What the header of an encoded JPEG says about how it was encoded.
 
-#include "photolist/jpegheader.h"
+#include "jpeg/segments.h"
 
 #include <QByteArray>
 #include <QList>

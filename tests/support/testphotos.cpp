@@ -1,6 +1,6 @@
 #include "support/testphotos.h"
 
-#include "photolist/jpegheader.h"
+#include "jpeg/segments.h"
 #include "support/turbojpeg.h"
 
 #include <QFile>
