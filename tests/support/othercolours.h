@@ -3,7 +3,7 @@
 // Test photos in the colour spaces besides RGB: grey and CMYK.
 
 #include "support/testphotos.h"
-#include "support/turbojpeg.h"
+#include "jpeg/turbojpeg.h"
 
 #include <stdexcept>
 

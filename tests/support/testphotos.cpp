@@ -1,7 +1,7 @@
 #include "support/testphotos.h"
 
 #include "jpeg/segments.h"
-#include "support/turbojpeg.h"
+#include "jpeg/turbojpeg.h"
 
 #include <QFile>
 #include <QProcess>
