@@ -1,6 +1,5 @@
 #include "photolist/admission.h"
 
-#include "photolist/photolistmodel.h"
 #include "photolist/probes.h"
 
 namespace pivotel {
@@ -17,14 +16,6 @@ Admission judgephoto(const QString& path, const AdmissionOptions& options) {
     if (options.onlyloadwhenneeded && *orientation == Action::AsIs)
         return {Verdict::NotNeeded, Action::AsIs, QStringLiteral("needs no turn")};
     return {Verdict::Admitted, *orientation, QString()};
-}
-
-Admission admitphoto(PhotoListModel& list, const QString& name, const QString& path,
-                     const AdmissionOptions& options) {
-    Admission admission = judgephoto(path, options);
-    if (admission.verdict == Verdict::Admitted)
-        list.appendrow(name, admission.action, path);
-    return admission;
 }
 
 } // namespace pivotel

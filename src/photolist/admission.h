@@ -6,8 +6,6 @@
 
 namespace pivotel {
 
-class PhotoListModel;
-
 // The two intake options, read afresh for every file.
 struct AdmissionOptions {
     bool useexiforientation = true;  // "Use EXIF (Camera Settings) Orientation"
@@ -29,9 +27,5 @@ struct Admission {
 
 // Judges a file that has passed its intake path's extension test.
 [[nodiscard]] Admission judgephoto(const QString& path, const AdmissionOptions& options);
-
-// Judges the file and, when admitted, appends its row. Refusals are silent here.
-Admission admitphoto(PhotoListModel& list, const QString& name, const QString& path,
-                     const AdmissionOptions& options);
 
 } // namespace pivotel

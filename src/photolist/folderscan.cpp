@@ -82,6 +82,8 @@ class Scan {
 
         qint64 count = 0;
         for (const QString& name : std::as_const(names)) {
+            if (stopped())
+                return;
             ++count;
             const QString itempath = dir.filePath(name);
             const QFileInfo info(itempath);
@@ -106,6 +108,11 @@ class Scan {
         }
     }
 
+    bool stopped() {
+        stopped_ = stopped_ || (callbacks_.stop && callbacks_.stop());
+        return stopped_;
+    }
+
     void yield() {
         if (callbacks_.yield)
             callbacks_.yield();
@@ -113,6 +120,7 @@ class Scan {
 
     const ScanCallbacks& callbacks_;
     std::set<FolderId> ancestors_;
+    bool stopped_ = false;
 };
 
 } // namespace

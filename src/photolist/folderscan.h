@@ -14,6 +14,8 @@ struct ScanCallbacks {
     std::function<void()> hundredth;
     // After every item, so that a window can stay alive through a long scan.
     std::function<void()> yield;
+    // Asked before every item: true ends the whole scan there.
+    std::function<bool()> stop;
     // Called when a call of the scan begins and ends, the nested ones too.
     std::function<void()> begin;
     std::function<void()> end;

@@ -64,6 +64,15 @@ void PhotoListModel::appendrow(const QString& name, Action action, const QString
     endInsertRows();
 }
 
+void PhotoListModel::appendrows(const std::vector<PhotoRow>& rows) {
+    if (rows.empty())
+        return;
+    const int at = static_cast<int>(rows_.size());
+    beginInsertRows({}, at, at + static_cast<int>(rows.size()) - 1);
+    rows_.insert(rows_.end(), rows.begin(), rows.end());
+    endInsertRows();
+}
+
 void PhotoListModel::setaction(qint64 row, Action action) {
     if (!hasrow(row))
         return;

@@ -46,6 +46,8 @@ class PhotoListModel : public QAbstractTableModel {
 
     // Appends a row; the list's order is the order of arrival, duplicates included.
     void appendrow(const QString& name, Action action, const QString& path);
+    // Appends an intake's batch in one step.
+    void appendrows(const std::vector<PhotoRow>& rows);
     void setaction(qint64 row, Action action);
     void setallactions(Action action);
     // Removes every row; `filelist` and `thelistcount` keep what they hold.

@@ -27,6 +27,7 @@ MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* paren
       preview_(*ui_.imagepreview) {
     setObjectName(QStringLiteral("mainmodule"));
     setWindowTitle(justappname());
+    connect(ui_.options, &OptionsPanel::admissionchanged, &intake_, &PhotoIntake::optionschanged);
     connect(ui_.list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { Listbox1_SelectionChanged(); });
     ui_.list->viewport()->installEventFilter(this);
@@ -97,12 +98,13 @@ void MainModule::connecttoolbar() {
     oncommand("loadfolders", [this] { loadfolders(); });
     oncommand("start", [this] { startorrefuse(); });
     oncommand("loadstart", [this] { loadstart(); });
-    oncommand("clearlist", [this] { clearlist(); });
+    // Clear List also serves to stop an intake that takes in more than was meant.
+    oncommand("clearlist", [this] { clearlist(); }, true);
 }
 
-void MainModule::oncommand(const char* identifier, const std::function<void()>& command) {
-    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command] {
-        if (!commandsclosed())
+void MainModule::oncommand(const char* identifier, const std::function<void()>& command, bool duringintake) {
+    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command, duringintake] {
+        if (!commandsclosed() || (duringintake && !state_.isrunning && !closing_))
             command();
     });
 }
@@ -120,10 +122,11 @@ void MainModule::loadfolders() {
 }
 
 void MainModule::loadstart() {
-    loadfolders();
-    // A window closed during the scan starts nothing.
-    if (!closing_)
-        startorrefuse();
+    // A scan cancelled (by Clear List or by closing the window) starts nothing.
+    intake_.loadfolders([this] {
+        if (!closing_)
+            startorrefuse();
+    });
 }
 
 void MainModule::startorrefuse() {
@@ -136,6 +139,7 @@ void MainModule::startorrefuse() {
 }
 
 void MainModule::clearlist() {
+    intake_.abandon();
     list_->clearlist();
     nowrow_ = -1;
     preview_.clear();

@@ -32,6 +32,8 @@ class MainModule : public QMainWindow {
     const PhotoListModel& photolist() const { return *list_; }
     const ListState& state() const { return state_; }
     MainToolbar* toolbar() const { return toolbar_; }
+    // No intake and no preview decode is under way.
+    [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy(); }
 
     // Writes the number of rows into the count line: "0 Photos", "1 Photo", "n Photos".
     void updatecounter();
@@ -64,9 +66,9 @@ class MainModule : public QMainWindow {
     void opening();
     void toggletoolbar(const QString& identifier, bool enabled);
     void connecttoolbar();
-    void oncommand(const char* identifier, const std::function<void()>& command);
-    // The toolbar's commands do nothing during a run, nor while an intake, which keeps the
-    // window alive as it works, is under way, nor once the window is closing.
+    void oncommand(const char* identifier, const std::function<void()>& command, bool duringintake = false);
+    // The toolbar's commands do nothing during a run, nor while an intake is under way (Clear
+    // List excepted), nor once the window is closing.
     bool commandsclosed() const;
 
     void clearlist();

@@ -86,6 +86,8 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     column->addWidget(preserveDATES_);
     column->addStretch(1);
 
+    for (QCheckBox* box : {useexiforientation_, onlyloadwhenneeded_})
+        connect(box, &QCheckBox::toggled, this, &OptionsPanel::admissionchanged);
     setTabOrder(useexiforientation_, onlyloadwhenneeded_);
     setTabOrder(onlyloadwhenneeded_, uselosslessrotation_);
     setTabOrder(uselosslessrotation_, qualityslider_);

@@ -30,8 +30,12 @@ class OptionsPanel : public QWidget {
     int clampquality();
     // The options frozen for a run; the quality as the field holds it after clampquality().
     RunOptions runoptions() const;
-    // The two intake options, read afresh for every photo.
+    // The two intake options.
     AdmissionOptions admissionoptions() const;
+
+  signals:
+    // One of the two intake options has changed.
+    void admissionchanged();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -1,39 +1,20 @@
 #include "ui/photointake.h"
 
 #include "photolist/extensions.h"
-#include "photolist/folderscan.h"
 #include "photolist/liststate.h"
 #include "ui/dialogs.h"
-#include "ui/eventyield.h"
 
 #include <QFileInfo>
+#include <QScopedValueRollback>
 #include <QStandardPaths>
 
 namespace pivotel {
 
-namespace {
-
-// Counts an intake under way for as long as it lives.
-class Busy {
-  public:
-    explicit Busy(int& depth) : depth_(depth) { ++depth_; }
-    ~Busy() { --depth_; }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-
-  private:
-    int& depth_;
-};
-
-bool refreshesthecount(qint64 count) {
-    return count >= 89 && count % 100 == 0;
-}
-
-} // namespace
-
 PhotoIntake::PhotoIntake(PhotoListModel& list, ListState& state, Dialogs& dialogs, Window window)
     : list_(list), state_(state), dialogs_(dialogs), window_(std::move(window)) {
 }
+
+PhotoIntake::~PhotoIntake() = default;
 
 QString PhotoIntake::startfolder() const {
     if (!nowfolder_.isEmpty())
@@ -42,82 +23,94 @@ QString PhotoIntake::startfolder() const {
 }
 
 void PhotoIntake::loadfiles() {
-    const Busy busy(depth_);
-    const QStringList chosen = dialogs_.choosefiles(window_.parent, QStringLiteral("Add Photos to List"),
-                                                    startfolder(), extensions::dialogtypes());
-    window_.showwheel(true);
-    if (!chosen.isEmpty()) {
-        state_.isloading = true;
-        EventYield yield;
-        qint64 count = 0;
-        for (const QString& path : chosen) {
-            if (abandoned_)
-                break;
-            ++count;
-            const QFileInfo file(path);
-            const QString name = file.fileName();
-            if (!hasextension(name, extensions::loadfiles()))
-                continue;
-            // Moves before the content is looked at: a refused file moves the dialog too.
-            nowfolder_ = file.absolutePath();
-            const Admission admission = admitphoto(list_, name, path, window_.admissionoptions());
-            if (admission.verdict == Verdict::NotJpeg)
-                continue;
-            if (refreshesthecount(count)) {
-                window_.updatecounter();
-                yield.now();
-            } else {
-                yield.maybe();
-            }
-        }
-        window_.updatecounter();
+    QStringList chosen;
+    {
+        const QScopedValueRollback asking(asking_, true);
+        chosen = dialogs_.choosefiles(window_.parent, QStringLiteral("Add Photos to List"), startfolder(),
+                                      extensions::dialogtypes());
     }
-    state_.isloading = false;
-    window_.showwheel(false);
+    // The dialog moves to the last file with a photo's extension, even one the job refuses.
+    for (const QString& path : std::as_const(chosen)) {
+        const QFileInfo file(path);
+        if (hasextension(file.fileName(), extensions::loadfiles()))
+            nowfolder_ = file.absolutePath();
+    }
+    if (chosen.isEmpty()) {
+        window_.updatecounter();
+        return;
+    }
+    startjob({chosen, QString(), false}, {});
 }
 
-void PhotoIntake::loadfolders() {
-    const Busy busy(depth_);
-    const QString folder = dialogs_.choosefolder(
-        window_.parent,
-        QStringLiteral("Select the Folder of Images which you want to Include on the List ... "),
-        startfolder());
-    if (!folder.isEmpty()) {
-        const bool recursive = dialogs_.ask(
+void PhotoIntake::loadfolders(std::function<void()> then) {
+    QString folder;
+    bool recursive = false;
+    {
+        const QScopedValueRollback asking(asking_, true);
+        folder = dialogs_.choosefolder(
             window_.parent,
-            {QStringLiteral("Load All Sub Folders"),
-             QStringLiteral("Do You Want to Load All Images in All Sub Folders?"),
-             QStringLiteral(
-                 "By selecting 'Yes', All Images from the Sub Folders would be included in the list."),
-             QStringLiteral("Yes"), QStringLiteral("No")});
-        window_.showwheel(true);
-        nowfolder_ = folder;
-
-        EventYield yield;
-        ScanCallbacks callbacks;
-        callbacks.begin = [this] {
-            state_.isloading = true;
-        };
-        callbacks.end = [this] {
-            state_.isloading = false;
-        };
-        callbacks.file = [this](const QString& name, const QString& path) {
-            if (abandoned_)
-                return false;
-            return admitphoto(list_, name, path, window_.admissionoptions()).verdict != Verdict::NotJpeg;
-        };
-        callbacks.hundredth = [this, &yield] {
+            QStringLiteral("Select the Folder of Images which you want to Include on the List ... "),
+            startfolder());
+        if (folder.isEmpty()) {
             window_.updatecounter();
-            yield.now();
-        };
-        callbacks.yield = [this, &yield] {
-            if (!abandoned_)
-                yield.maybe();
-        };
-        loadrecursive(folder, recursive, callbacks);
+            if (then)
+                then();
+            return;
+        }
+        recursive = dialogs_.ask(
+            window_.parent,
+            {QStringLiteral("Load All Sub Folders"), QStringLiteral("Do You Want to Load All Images in All Sub Folders?"),
+             QStringLiteral("By selecting 'Yes', All Images from the Sub Folders would be included in the list."),
+             QStringLiteral("Yes"), QStringLiteral("No")});
     }
+    nowfolder_ = folder;
+    startjob({{}, folder, recursive}, std::move(then));
+}
+
+void PhotoIntake::startjob(IntakeRequest request, std::function<void()> then) {
+    then_ = std::move(then);
+    state_.isloading = true;
+    window_.showwheel(true);
+    job_ = std::make_unique<IntakeJob>(std::move(request), window_.admissionoptions());
+    connect(job_.get(), &IntakeJob::rowsfound, this, [this](const std::vector<PhotoRow>& rows) {
+        list_.appendrows(rows);
+        window_.updatecounter();
+    });
+    connect(job_.get(), &IntakeJob::finished, this, &PhotoIntake::endjob);
+    job_->start();
+}
+
+void PhotoIntake::endjob(bool cancelled) {
+    // Its thread has said its last word; it ends in a moment, and the job goes once it has.
+    IntakeJob* job = job_.release();
+    job->disconnect(this);
+    job->deleteLater();
+    state_.isloading = false;
     window_.updatecounter();
     window_.showwheel(false);
+    const std::function<void()> then = std::exchange(then_, {});
+    emit finished();
+    if (!cancelled && then)
+        then();
+}
+
+void PhotoIntake::abandon() {
+    if (!job_)
+        return;
+    job_->cancel();
+    // Batches already sent are dropped with the job, and the list is left as it stands.
+    job_->disconnect(this);
+    job_.reset();
+    then_ = {};
+    state_.isloading = false;
+    window_.updatecounter();
+    window_.showwheel(false);
+    emit finished();
+}
+
+void PhotoIntake::optionschanged() {
+    if (job_)
+        job_->setoptions(window_.admissionoptions());
 }
 
 } // namespace pivotel

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "photolist/admission.h"
+#include "photolist/intakejob.h"
 
+#include <QObject>
 #include <QString>
 #include <functional>
+#include <memory>
 
 class QWidget;
 
@@ -13,45 +16,58 @@ class Dialogs;
 struct ListState;
 class PhotoListModel;
 
-// Takes photos onto the list by file dialog (Load Files) and by folder (Load Folders), on the
-// main thread. The window stays alive meanwhile, so the window's own commands can arrive in the
-// middle of an intake: busy() tells them.
-class PhotoIntake {
+// Takes photos onto the list by file dialog (Load Files) and by folder (Load Folders). The
+// dialogs are the main thread's; the photos are judged by a job off it, whose rows join the
+// list in batches as they come. busy() tells the window's commands that an intake is under way.
+class PhotoIntake : public QObject {
+    Q_OBJECT
   public:
     // What the intake needs of the window.
     struct Window {
         QWidget* parent = nullptr;                          // the dialogs' parent
-        std::function<AdmissionOptions()> admissionoptions; // read afresh for every photo
+        std::function<AdmissionOptions()> admissionoptions; // read when a job starts
         std::function<void()> updatecounter;                // refresh the count line
         std::function<void(bool)> showwheel;                // show or hide the busy wheel
     };
 
     PhotoIntake(PhotoListModel& list, ListState& state, Dialogs& dialogs, Window window);
+    ~PhotoIntake() override;
 
-    // The file dialog "Add Photos to List"; the chosen JPEG photos are admitted in order.
+    // The file dialog "Add Photos to List"; the chosen JPEG photos are taken in order.
     void loadfiles();
     // The folder dialog and the question whether to take the sub folders, then the scan.
-    void loadfolders();
+    // `then` runs once the scan has ended without being cancelled, or at once when the folder
+    // dialog is dismissed.
+    void loadfolders(std::function<void()> then = {});
 
-    // An intake is under way.
-    bool busy() const { return depth_ > 0; }
-    // The window is closing: an intake under way takes no more photos and ends quickly.
-    void abandon() { abandoned_ = true; }
+    // A dialog of the intake stands open or its job is under way.
+    [[nodiscard]] bool busy() const { return asking_ || job_ != nullptr; }
+    // Cancels the job under way, if any: it takes no more photos.
+    void abandon();
+    // The user changed the intake options: photos not yet judged follow them.
+    void optionschanged();
 
     // The folder the next dialog opens on: the folder of the file last taken by Load Files or
     // the folder chosen by Load Folders; empty before either.
-    const QString& nowfolder() const { return nowfolder_; }
+    [[nodiscard]] const QString& nowfolder() const { return nowfolder_; }
+
+  signals:
+    // A job has ended, cancelled or not.
+    void finished();
 
   private:
-    QString startfolder() const;
+    [[nodiscard]] QString startfolder() const;
+    void startjob(IntakeRequest request, std::function<void()> then);
+    void endjob(bool cancelled);
 
     PhotoListModel& list_;
     ListState& state_;
     Dialogs& dialogs_;
     Window window_;
     QString nowfolder_;
-    int depth_ = 0;
-    bool abandoned_ = false;
+    bool asking_ = false;
+    std::unique_ptr<IntakeJob> job_;
+    std::function<void()> then_;
 };
 
 } // namespace pivotel

@@ -1,11 +1,16 @@
 #include "ui/photopreview.h"
 
-#include "preview/previewpicture.h"
-
 #include <QLabel>
 #include <QPixmap>
 
 namespace pivotel {
+
+PhotoPreview::PhotoPreview(QLabel& viewer) : viewer_(viewer) {
+    QObject::connect(&loader_, &PreviewLoader::loaded, &viewer_, [this](const QString&, const QImage& picture) {
+        if (!picture.isNull())
+            viewer_.setPixmap(QPixmap::fromImage(picture));
+    });
+}
 
 void PhotoPreview::show(const QString& path) {
     const std::optional<FileStamp> stamp = filestamp(path);
@@ -17,9 +22,7 @@ void PhotoPreview::show(const QString& path) {
     if (asked == lastasked_)
         return;
     lastasked_ = asked;
-    const QImage picture = previewpicture(path, asked.bounds);
-    if (!picture.isNull())
-        viewer_.setPixmap(QPixmap::fromImage(picture));
+    loader_.request(path, asked.bounds);
 }
 
 bool PhotoPreview::haspicture() const {
@@ -27,6 +30,7 @@ bool PhotoPreview::haspicture() const {
 }
 
 void PhotoPreview::clear() {
+    loader_.cancel();
     viewer_.clear();
     lastasked_.reset();
 }

@@ -1,0 +1,101 @@
+#include "photolist/intakejob.h"
+
+#include "photolist/extensions.h"
+#include "photolist/folderscan.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QThread>
+
+namespace pivotel {
+
+namespace {
+
+// A batch goes to the list when it is this big or this old: big enough that a list of
+// thousands is not redrawn per row, soon enough that rows appear as the scan finds them.
+constexpr size_t batchrows = 200;
+constexpr qint64 batchms = 100;
+
+} // namespace
+
+IntakeJob::IntakeJob(IntakeRequest request, AdmissionOptions options, QObject* parent)
+    : QObject(parent), request_(std::move(request)), options_(options) {
+    qRegisterMetaType<std::vector<PhotoRow>>();
+}
+
+IntakeJob::~IntakeJob() {
+    cancel();
+    if (thread_)
+        thread_->wait();
+}
+
+void IntakeJob::start() {
+    thread_.reset(QThread::create([this] { walk(); }));
+    thread_->setObjectName(QStringLiteral("intakejob"));
+    thread_->start();
+}
+
+void IntakeJob::cancel() {
+    cancelled_ = true;
+}
+
+bool IntakeJob::wait(QDeadlineTimer deadline) {
+    return !thread_ || thread_->wait(deadline);
+}
+
+bool IntakeJob::isrunning() const {
+    return thread_ && thread_->isRunning();
+}
+
+void IntakeJob::setoptions(const AdmissionOptions& options) {
+    const std::lock_guard lock(mutex_);
+    options_ = options;
+}
+
+AdmissionOptions IntakeJob::options() const {
+    const std::lock_guard lock(mutex_);
+    return options_;
+}
+
+void IntakeJob::walk() {
+    lastflushms_ = QDateTime::currentMSecsSinceEpoch();
+    if (request_.folder.isEmpty()) {
+        for (const QString& path : request_.files) {
+            if (cancelled_)
+                break;
+            const QString name = QFileInfo(path).fileName();
+            if (hasextension(name, extensions::loadfiles()))
+                take(name, path);
+        }
+    } else {
+        ScanCallbacks callbacks;
+        callbacks.stop = [this] { return cancelled_.load(); };
+        callbacks.file = [this](const QString& name, const QString& path) {
+            take(name, path);
+            return true;
+        };
+        loadrecursive(request_.folder, request_.recursive, callbacks);
+    }
+    flush();
+    emit finished(cancelled_);
+}
+
+void IntakeJob::take(const QString& name, const QString& path) {
+    const Admission admission = judgephoto(path, options());
+    if (admission.verdict == Verdict::Admitted)
+        batch_.push_back({name, admission.action, path});
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (batch_.size() >= batchrows || now - lastflushms_ >= batchms) {
+        flush();
+        lastflushms_ = now;
+    }
+}
+
+void IntakeJob::flush() {
+    if (batch_.empty())
+        return;
+    emit rowsfound(batch_);
+    batch_.clear();
+}
+
+} // namespace pivotel
