@@ -6,5 +6,5 @@ cd "$(dirname "$0")/.."
 output="$(realpath -m "${1:-build/window.png}")"
 shift || true
 scripts/build.sh >/dev/null
-xvfb-run -a -s "-screen 0 1600x1000x24" build/tests/ui/pivotel-windowshot "$output" "$@"
+xvfb-run -a -s "-screen 0 1600x1000x24" build/tools/pivotel-windowshot "$output" "$@"
 echo "$output"

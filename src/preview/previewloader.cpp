@@ -11,7 +11,7 @@ PreviewLoader::PreviewLoader(QObject* parent) : QObject(parent) {
 }
 
 void PreviewLoader::request(const QString& path, QSize bounds) {
-    if (watcher_.isRunning()) {
+    if (decoding_) {
         waiting_ = Request{path, bounds};
         return;
     }
@@ -20,7 +20,7 @@ void PreviewLoader::request(const QString& path, QSize bounds) {
 
 void PreviewLoader::cancel() {
     waiting_.reset();
-    dropresult_ = watcher_.isRunning();
+    dropresult_ = decoding_.has_value();
 }
 
 void PreviewLoader::begin(const Request& request) {
@@ -33,15 +33,15 @@ void PreviewLoader::begin(const Request& request) {
 
 void PreviewLoader::done() {
     const QImage picture = watcher_.result();
+    const QString path = *std::exchange(decoding_, std::nullopt);
     const bool dropped = dropresult_;
     if (waiting_) {
-        const Request next = *waiting_;
-        waiting_.reset();
-        begin(next);
+        // The newer request stands for what the viewer wants: this result would only flash by.
+        begin(*std::exchange(waiting_, std::nullopt));
+        return;
     }
-    // The newer request stands for what the viewer wants: this result would only flash by.
-    if (!dropped && !watcher_.isRunning())
-        emit loaded(decoding_, picture);
+    if (!dropped)
+        emit loaded(path, picture);
 }
 
 } // namespace pivotel

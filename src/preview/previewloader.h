@@ -20,7 +20,7 @@ class PreviewLoader : public QObject {
     void request(const QString& path, QSize bounds);
     // Forgets the waiting request, and the decode under way gives nothing.
     void cancel();
-    [[nodiscard]] bool busy() const { return watcher_.isRunning() || waiting_.has_value(); }
+    [[nodiscard]] bool busy() const { return decoding_.has_value(); }
 
   signals:
     // A decode has ended; a null picture when the photo could not be decoded.
@@ -36,7 +36,9 @@ class PreviewLoader : public QObject {
 
     QFutureWatcher<QImage> watcher_;
     std::optional<Request> waiting_;
-    QString decoding_;
+    // The photo being decoded, until its end has been handled here (the watcher tells that
+    // later than the task ends).
+    std::optional<QString> decoding_;
     bool dropresult_ = false;
 };
 

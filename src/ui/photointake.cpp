@@ -72,11 +72,18 @@ void PhotoIntake::startjob(IntakeRequest request, std::function<void()> then) {
     state_.isloading = true;
     window_.showwheel(true);
     job_ = std::make_unique<IntakeJob>(std::move(request), window_.admissionoptions());
-    connect(job_.get(), &IntakeJob::rowsfound, this, [this](const std::vector<PhotoRow>& rows) {
+    // Batches already on their way when a job is cancelled still arrive: its number tells them.
+    const quint64 serial = ++serial_;
+    connect(job_.get(), &IntakeJob::rowsfound, this, [this, serial](const std::vector<PhotoRow>& rows) {
+        if (serial != serial_ || !job_)
+            return;
         list_.appendrows(rows);
         window_.updatecounter();
     });
-    connect(job_.get(), &IntakeJob::finished, this, &PhotoIntake::endjob);
+    connect(job_.get(), &IntakeJob::finished, this, [this, serial](bool cancelled) {
+        if (serial == serial_ && job_)
+            endjob(cancelled);
+    });
     job_->start();
 }
 
@@ -98,7 +105,7 @@ void PhotoIntake::abandon() {
     if (!job_)
         return;
     job_->cancel();
-    // Batches already sent are dropped with the job, and the list is left as it stands.
+    // The list is left as it stands: batches already sent are dropped.
     job_->disconnect(this);
     job_.reset();
     then_ = {};

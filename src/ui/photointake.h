@@ -67,6 +67,7 @@ class PhotoIntake : public QObject {
     QString nowfolder_;
     bool asking_ = false;
     std::unique_ptr<IntakeJob> job_;
+    quint64 serial_ = 0; // the number of the latest job
     std::function<void()> then_;
 };
 

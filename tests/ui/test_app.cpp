@@ -1,5 +1,5 @@
-#include "shell/app.h"
-#include "shell/appidentity.h"
+#include "app/app.h"
+#include "support/appidentity.h"
 #include "support/places.h"
 #include "support/testphotos.h"
 #include "windowtest.h"
@@ -10,20 +10,8 @@
 using namespace pivotel;
 using namespace pivotel::test;
 
-TEST(App, StartsWithItsDataFolderAndItsWindowShown) {
+TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
     QDir(datafolder()).removeRecursively();
-    ScriptedDialogs dialogs;
-    App app(dialogs);
-    EXPECT_TRUE(QFileInfo(datafolder()).isDir());
-    EXPECT_TRUE(app.mainmodule().isVisible());
-    EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Pivotel"));
-    EXPECT_EQ(QCoreApplication::applicationVersion(), QStringLiteral("3.6.4"));
-    // Closing the main window ends the program.
-    EXPECT_TRUE(QApplication::quitOnLastWindowClosed());
-    EXPECT_EQ(app.mainmodule().windowTitle(), forappstore ? justappname() : appname());
-}
-
-TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
     QDir().mkpath(datafolder());
     // A killed run leaves its lock file, its working file and the tool's copy of it.
     const QStringList left{QStringLiteral("xtemp.jpg"), QStringLiteral("xtemp.jpg_exiftool_tmp")};
@@ -33,4 +21,9 @@ TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
     App app(dialogs);
     for (const QString& name : left)
         EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);
+    EXPECT_TRUE(app.mainmodule().isVisible());
+    EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Pivotel"));
+    EXPECT_EQ(QCoreApplication::applicationVersion(), QStringLiteral("3.6.4"));
+    EXPECT_TRUE(QApplication::quitOnLastWindowClosed());
+    EXPECT_EQ(app.mainmodule().windowTitle(), forappstore ? justappname() : appname());
 }

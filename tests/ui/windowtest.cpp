@@ -1,16 +1,15 @@
 #include "windowtest.h"
 
-#include "shell/settingsstore.h"
 #include "support/places.h"
 #include "support/testphotos.h"
 #include "ui/maintoolbar.h"
 
-#include <QAbstractButton>
 #include <QCheckBox>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSlider>
+#include <QTableView>
 #include <QTest>
 #include <QToolButton>
 #include <fcntl.h>
@@ -18,40 +17,45 @@
 
 namespace pivotel::test {
 
+void writephoto(const QString& path, int width, int height, int orientation) {
+    writepattern(path, width, height);
+    if (orientation == 0)
+        return;
+    // A big-endian TIFF structure with one IFD of one entry: Orientation (0x0112), SHORT, 1.
+    QByteArray exif("Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 24);
+    exif.append(char(0)).append(char(orientation)).append(2, '\0').append(4, '\0');
+    insertsegment(path, 0xE1, exif);
+}
+
+namespace {
+template <typename T>
+T next(std::deque<T>& script, const char* what) {
+    if (script.empty()) {
+        ADD_FAILURE() << "a " << what << " that the script didn't expect";
+        return {};
+    }
+    T answer = script.front();
+    script.pop_front();
+    return answer;
+}
+} // namespace
+
 QStringList ScriptedDialogs::choosefiles(QWidget*, const QString& title, const QString& folder,
                                          const QStringList& types) {
     filerequests.push_back({title, folder, types});
-    if (files.empty()) {
-        ADD_FAILURE() << "a file dialog that the script didn't expect";
-        return {};
-    }
-    QStringList answer = files.front();
-    files.pop_front();
-    return answer;
+    return next(files, "file dialog");
 }
 
 QString ScriptedDialogs::choosefolder(QWidget*, const QString& prompt, const QString& folder) {
-    folderrequests.push_back({prompt, folder});
-    if (folders.empty()) {
-        ADD_FAILURE() << "a folder dialog that the script didn't expect";
-        return {};
-    }
-    QString answer = folders.front();
-    folders.pop_front();
-    return answer;
+    folderrequests.push_back({prompt, folder, {}});
+    return next(folders, "folder dialog");
 }
 
 bool ScriptedDialogs::ask(QWidget*, const Question& question) {
     questions.push_back(question);
     if (whileasking)
         std::exchange(whileasking, nullptr)();
-    if (answers.empty()) {
-        ADD_FAILURE() << "a question that the script didn't expect: " << question.message.toStdString();
-        return false;
-    }
-    const bool answer = answers.front();
-    answers.pop_front();
-    return answer;
+    return next(answers, "question");
 }
 
 void ScriptedDialogs::tell(QWidget*, const QString& message) {
@@ -64,7 +68,6 @@ HeldRun::HeldRun() {
     ensurefolder(datafolder());
     lock_ = UniqueFd(::open(QFile::encodeName(datafolder() + QStringLiteral("/xtemp.lock")).constData(),
                             O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    EXPECT_TRUE(lock_.valid());
     EXPECT_EQ(::flock(lock_.get(), LOCK_EX), 0);
 }
 
@@ -73,13 +76,9 @@ void WindowTest::SetUp() {
     openwindow();
 }
 
-void WindowTest::TearDown() {
-    window.reset();
-}
-
 void WindowTest::openwindow() {
     window.reset();
-    window = std::make_unique<MainModule>(dialogs);
+    window = std::make_unique<MainModule>(dialogs, store);
     window->show();
     // Focus moves, and leaving a field is seen, only in the active window.
     window->activateWindow();
@@ -93,48 +92,41 @@ QAction* WindowTest::action(const QString& identifier) const {
 }
 
 void WindowTest::press(const QString& identifier) {
-    auto* button = qobject_cast<QToolButton*>(window->toolbar()->widgetForAction(action(identifier)));
-    ASSERT_NE(button, nullptr);
-    QTest::mouseClick(button, Qt::LeftButton);
-}
-
-QLabel* WindowTest::label(const char* name) const {
-    auto* found = window->findChild<QLabel*>(QLatin1String(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
+    QTest::mouseClick(window->toolbar()->widgetForAction(action(identifier)), Qt::LeftButton);
 }
 
 QCheckBox* WindowTest::checkbox(const char* name) const {
-    auto* found = window->findChild<QCheckBox*>(QLatin1String(name));
-    EXPECT_NE(found, nullptr) << name;
-    return found;
+    return child<QCheckBox>(name);
 }
 
 void WindowTest::tick(const char* name) {
     QCheckBox* box = checkbox(name);
-    ASSERT_NE(box, nullptr);
     const bool before = box->isChecked();
     QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
     EXPECT_NE(box->isChecked(), before) << name;
 }
 
 QSlider* WindowTest::slider() const {
-    return window->findChild<QSlider*>(QStringLiteral("qualityslider"));
+    return child<QSlider>("qualityslider");
 }
 
 QLineEdit* WindowTest::qualityfield() const {
-    return window->findChild<QLineEdit*>(QStringLiteral("jpgquality"));
+    return child<QLineEdit>("jpgquality");
+}
+
+QTableView* WindowTest::list() const {
+    return child<QTableView>("Listbox1");
 }
 
 QString WindowTest::rowcounter() const {
-    return label("rowcounter")->text();
+    return child("rowcounter")->text();
 }
 
 QStringList WindowTest::rows() const {
     QStringList all;
-    const PhotoListModel& list = window->photolist();
-    for (qint64 r = 0; r < list.count(); ++r)
-        all << list.row(r).name + QLatin1Char('|') + list.row(r).label;
+    const PhotoListModel& model = window->photolist();
+    for (qint64 r = 0; r < model.count(); ++r)
+        all << model.row(r).name + QLatin1Char('|') + labelof(model.row(r).action);
     return all;
 }
 
@@ -142,11 +134,26 @@ void WindowTest::loadfolder(const QString& folder, bool subfolders) {
     dialogs.folders.push_back(folder);
     dialogs.answers.push_back(subfolders);
     press(QStringLiteral("loadfolders"));
+    settle();
+}
+
+void WindowTest::settle() const {
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->idle(); }, 60000));
+}
+
+void WindowTest::pressrow(int row) {
+    const QRect cell = list()->visualRect(list()->model()->index(row, 0));
+    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, cell.center());
+    settle();
 }
 
 bool WindowTest::waitforendofrun() {
     const qsizetype before = dialogs.told.size();
     return QTest::qWaitFor([&] { return dialogs.told.size() > before; }, 120000);
+}
+
+bool WindowTest::waitforstatus(const QString& text) const {
+    return QTest::qWaitFor([&] { return rowcounter() == text; }, 60000);
 }
 
 } // namespace pivotel::test

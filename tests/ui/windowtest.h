@@ -1,13 +1,11 @@
 #pragma once
 
+#include "app/settingsstore.h"
 #include "support/qtprinting.h"
 #include "support/uniquefd.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
-#include "uiphotos.h"
 
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 #include <deque>
 #include <functional>
@@ -15,46 +13,40 @@
 #include <memory>
 #include <vector>
 
-class QAbstractButton;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
 class QSlider;
+class QTableView;
 
 namespace pivotel::test {
+
+// A JPEG of the test pattern, with an EXIF orientation when one is given (0: no EXIF at all),
+// written without the metadata tool, which would be too slow for the window's many photos.
+void writephoto(const QString& path, int width = 48, int height = 32, int orientation = 0);
 
 // Answers the window's dialogs from a script and notes what was asked. A dialog that the
 // script didn't expect fails the test and is answered as cancelled.
 class ScriptedDialogs : public Dialogs {
   public:
-    struct FileRequest {
+    struct Request {
         QString title;
         QString folder;
         QStringList types;
     };
-    struct FolderRequest {
-        QString prompt;
-        QString folder;
-    };
-
     std::deque<QStringList> files;
     std::deque<QString> folders;
     std::deque<bool> answers;
-    // Runs inside the next question, before it is answered.
-    std::function<void()> whileasking;
-    // Runs inside the next message, while it stands open.
-    std::function<void()> whiletelling;
-
-    std::vector<FileRequest> filerequests;
-    std::vector<FolderRequest> folderrequests;
+    std::function<void()> whileasking;  // runs inside the next question
+    std::function<void()> whiletelling; // runs inside the next message
+    std::vector<Request> filerequests, folderrequests;
     std::vector<Question> questions;
     QStringList told;
 
-    QStringList choosefiles(QWidget* parent, const QString& title, const QString& folder,
-                            const QStringList& types) override;
-    QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) override;
-    bool ask(QWidget* parent, const Question& question) override;
-    void tell(QWidget* parent, const QString& message) override;
+    QStringList choosefiles(QWidget*, const QString& title, const QString& folder, const QStringList& types) override;
+    QString choosefolder(QWidget*, const QString& prompt, const QString& folder) override;
+    bool ask(QWidget*, const Question& question) override;
+    void tell(QWidget*, const QString& message) override;
 };
 
 // Holds the lock that every photo's rewrite takes on the data folder, so that a run stands
@@ -72,30 +64,38 @@ class HeldRun {
 class WindowTest : public ::testing::Test {
   protected:
     void SetUp() override;
-    void TearDown() override;
-
-    // Opens a new window (closing none); the settings are those stored.
+    void TearDown() override { window.reset(); }
     void openwindow();
 
+    QString path(const QString& name) const { return dir.filePath(name); }
     QAction* action(const QString& identifier) const;
     // Presses a toolbar button with the mouse.
     void press(const QString& identifier);
-    QLabel* label(const char* name) const;
+    template <typename T = QLabel>
+    T* child(const char* name) const {
+        T* found = window->findChild<T*>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
     QCheckBox* checkbox(const char* name) const;
-    // Clicks a check box on its box.
-    void tick(const char* name);
+    void tick(const char* name); // clicks a check box on its box
     QSlider* slider() const;
     QLineEdit* qualityfield() const;
+    QTableView* list() const;
     QString rowcounter() const;
-    // The rows as "name|label".
-    QStringList rows() const;
-    // Loads a folder through Load Folders, with or without its sub folders.
+    QStringList rows() const; // "name|label"
+    // Loads a folder through Load Folders and waits for the intake's end.
     void loadfolder(const QString& folder, bool subfolders);
-    // Waits until the window has shown the box at the end of a run; false on a time-out.
+    // Waits until no intake and no preview decode is under way.
+    void settle() const;
+    // Presses a row's name with the mouse, which also selects it, and waits for its preview.
+    void pressrow(int row);
     bool waitforendofrun();
+    bool waitforstatus(const QString& text) const;
 
     QTemporaryDir dir;
     ScriptedDialogs dialogs;
+    PreferencesStore store;
     std::unique_ptr<MainModule> window;
 };
 

@@ -2,13 +2,15 @@
 // that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
-#include "support/isolatedhome.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "ui/maintoolbar.h"
-#include "uiphotos.h"
+#include "app/settingsstore.h"
 
 #include <QAction>
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
@@ -42,6 +44,27 @@ void pause(int ms) {
     loop.exec();
 }
 
+// A gradient photo, with an EXIF orientation when one is given (0: no EXIF at all).
+void writephoto(const QString& path, int width, int height, int orientation) {
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, qRgb(x * 255 / width, y * 255 / height, 128));
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG", 90);
+    if (orientation != 0) {
+        // A big-endian TIFF structure with one IFD of one entry: Orientation (0x0112), SHORT, 1.
+        QByteArray exif("\xff\xe1\0\x22" "Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 28);
+        exif.append(char(0)).append(char(orientation)).append(6, '\0');
+        jpeg.insert(2, exif);
+    }
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(jpeg);
+}
+
 void writesamples(const QString& folder) {
     struct Sample {
         const char* name;
@@ -55,7 +78,7 @@ void writesamples(const QString& folder) {
     for (const Sample& sample : samples) {
         const QString path = folder + QLatin1Char('/') + QLatin1String(sample.name);
         QDir().mkpath(QFileInfo(path).absolutePath());
-        test::writephoto(path, 160, 120, sample.orientation);
+        writephoto(path, 160, 120, sample.orientation);
     }
 }
 
@@ -63,7 +86,8 @@ void writesamples(const QString& folder) {
 
 int main(int argc, char* argv[]) {
     QTemporaryDir home;
-    isolatehome(home);
+    for (const char* variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+        qputenv(variable, home.path().toLocal8Bit());
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 2) {
@@ -74,7 +98,8 @@ int main(int argc, char* argv[]) {
     const QString photos = home.path() + QStringLiteral("/Pictures");
     writesamples(photos);
     SampleDialogs dialogs(photos);
-    MainModule window(dialogs);
+    PreferencesStore settings;
+    MainModule window(dialogs, settings);
     if (arguments.size() >= 4)
         window.resize(arguments[2].toInt(), arguments[3].toInt());
     window.show();
