@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QtGlobal>
 #include <QRegularExpression>
 #include <cerrno>
 #include <fcntl.h>
@@ -146,7 +147,10 @@ Status PhotoRewrite::commit() {
     if (::rename(working.constData(), native(photo_).constData()) != 0)
         return Status::failure(QStringLiteral("the photo can't be replaced (%1)").arg(errnotext(errno)));
     committed_ = true;
-    syncfolder(QFileInfo(photo_).absolutePath());
+    // The photo is in place either way; a folder that can't be flushed (some network file
+    // systems refuse) leaves only the rename's timing on disk to the system.
+    if (const Status synced = syncfolder(QFileInfo(photo_).absolutePath()); !synced)
+        qWarning("pivotel: %s: the folder could not be flushed: %s", qPrintable(photo_), qPrintable(synced.reason()));
     return Status::success();
 }
 

@@ -7,7 +7,7 @@
 namespace pivotel {
 
 // The outcome of a step that can fail: either success, or a reason a user can read.
-class Status {
+class [[nodiscard]] Status {
   public:
     static Status success() { return Status(); }
     static Status failure(QString reason) { return Status(std::move(reason)); }
@@ -23,7 +23,7 @@ class Status {
 };
 
 // A value, or the reason why there is none.
-template <typename T> class Result {
+template <typename T> class [[nodiscard]] Result {
   public:
     Result(T value) : value_(std::move(value)) {}
     Result(Status failure) : failure_(std::move(failure)) {}
