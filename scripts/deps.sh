@@ -7,7 +7,7 @@ packages=(
     qt6-base-dev qt6-image-formats-plugins libxkbcommon-dev
     libturbojpeg0-dev libjpeg62-turbo-dev libjpeg-turbo-progs
     libexempi-dev libcurl4-openssl-dev
-    libimage-exiftool-perl
+    libimage-exiftool-perl clang-tidy
     googletest libgtest-dev
     xvfb xauth
 )

@@ -47,7 +47,7 @@ QString journalfile(const QString& datafolder) {
 Status notebeside(const QString& datafolder, const QString& working) {
     const QString journal = journalfile(datafolder);
     const QByteArray path = native(working);
-    if (const Status written = writewholefile(journal, path.constData(), path.size(), 0600); !written)
+    if (Status written = writewholefile(journal, path.constData(), path.size(), 0600); !written)
         return written;
     return syncfile(journal);
 }
@@ -107,7 +107,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
                             ? datafolderworking(datafolder)
                             : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;
     if (rewrite->beside_) {
-        if (const Status noted = notebeside(datafolder, rewrite->working_); !noted)
+        if (Status noted = notebeside(datafolder, rewrite->working_); !noted)
             return Status::failure(
                 QStringLiteral("the data folder can't be written (%1)").arg(noted.reason()));
     }
@@ -149,7 +149,7 @@ Status PhotoRewrite::commit() {
     committed_ = true;
     // The photo is in place either way; a folder that can't be flushed (some network file
     // systems refuse) leaves only the rename's timing on disk to the system.
-    if (const Status synced = syncfolder(QFileInfo(photo_).absolutePath()); !synced)
+    if (Status synced = syncfolder(QFileInfo(photo_).absolutePath()); !synced)
         qWarning("pivotel: %s: the folder could not be flushed: %s", qPrintable(photo_), qPrintable(synced.reason()));
     return Status::success();
 }

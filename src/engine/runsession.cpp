@@ -60,7 +60,7 @@ std::vector<PhotoReport> RunSession::reports() const {
     return reports_;
 }
 
-void RunSession::record(PhotoReport report) {
+void RunSession::record(const PhotoReport& report) {
     {
         const std::lock_guard lock(mutex_);
         reports_.push_back(report);
@@ -109,22 +109,22 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool) {
     const QString& working = rewrite.value()->workingpath();
 
     ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
-    if (const Status dumped = transplant.extractexiftofile(photo.path); !dumped)
+    if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     const Result<Rotation> rotated = options_.uselosslessrotation
                                          ? losslessrotate(photo.path, photo.action, working, tool)
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
-    if (const Status copied = transplant.copycr2tojpgexif(working); !copied)
+    if (Status copied = transplant.copycr2tojpgexif(working); !copied)
         return copied;
-    if (const Status upright = updatedpinonstore(tool, working, rotated->jpgdpi); !upright)
+    if (Status upright = updatedpinonstore(tool, working, rotated->jpgdpi); !upright)
         return upright;
-    if (const Status committed = rewrite.value()->commit(); !committed)
+    if (Status committed = rewrite.value()->commit(); !committed)
         return committed;
 
     if (dates) {
-        if (const Status restored = restorefiledates(photo.path, *dates); !restored)
+        if (Status restored = restorefiledates(photo.path, *dates); !restored)
             return Status::failure(
                 QStringLiteral("turned, but its file dates could not be kept (%1)").arg(restored.reason()));
     }

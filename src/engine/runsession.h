@@ -71,7 +71,7 @@ class RunSession : public QObject {
     // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on
     // the rewrite's working file, which then replaces the photo in one step; then the dates.
     [[nodiscard]] Status turnphoto(const PhotoRow& photo, ExifTool& tool);
-    void record(PhotoReport report);
+    void record(const PhotoReport& report);
 
     const WorkList filelist_;
     const RunOptions options_;

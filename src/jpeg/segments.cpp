@@ -8,7 +8,7 @@ namespace pivotel {
 namespace {
 
 // Caps the header walk: no real photo has 64 MB of markers before its image data.
-constexpr qint64 maxheaderbytes = 64 * 1024 * 1024;
+constexpr qint64 maxheaderbytes = qint64(64) * 1024 * 1024;
 
 bool isstandalone(unsigned char marker) {
     return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7);

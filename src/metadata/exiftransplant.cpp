@@ -32,10 +32,10 @@ Status ExifTransplant::extractexiftofile(const QString& photo) {
     if (!tool_.exists())
         return Status::success();
     const ToolResult result = tool_.run({QStringLiteral("-X"), QStringLiteral("-struct"), photo});
-    if (const Status judged = judge(QStringLiteral("the metadata dump failed"), result); !judged)
+    if (Status judged = judge(QStringLiteral("the metadata dump failed"), result); !judged)
         return judged;
     const QByteArray text = result.out + '\n';
-    if (const Status written = writewholefile(dump, text.constData(), text.size()); !written)
+    if (Status written = writewholefile(dump, text.constData(), text.size()); !written)
         return Status::failure(QStringLiteral("the metadata dump can't be saved (%1)").arg(written.reason()));
     return Status::success();
 }

@@ -35,7 +35,7 @@ Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
 
 Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi) {
     if (!tool.exists()) {
-        const Status library = xmpupright(path, dpi, Resolution::KeepKnown);
+        Status library = xmpupright(path, dpi, Resolution::KeepKnown);
         if (!library)
             return Status::failure(
                 QStringLiteral("the orientation tag can't be set upright: %1 (the metadata tool is missing)")

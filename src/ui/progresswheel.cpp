@@ -29,7 +29,7 @@ void ProgressWheel::paintEvent(QPaintEvent*) {
     for (int i = 0; i < spokes; ++i) {
         // The spoke at the wheel's head is darkest; the ones behind it fade.
         const int age = (step_ - i + spokes) % spokes;
-        colour.setAlphaF(1.0 - 0.75 * age / (spokes - 1));
+        colour.setAlphaF(static_cast<float>(1.0 - 0.75 * age / (spokes - 1)));
         pen.setColor(colour);
         painter.setPen(pen);
         painter.save();
