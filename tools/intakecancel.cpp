@@ -21,9 +21,8 @@ int main(int argc, char* argv[]) {
     const int afterms = arguments.size() > 2 ? arguments[2].toInt() : 200;
     IntakeJob job({{}, arguments[1], true}, AdmissionOptions{});
     qint64 rows = 0;
-    QObject::connect(&job, &IntakeJob::rowsfound, [&](const std::vector<PhotoRow>& found) {
-        rows += static_cast<qint64>(found.size());
-    });
+    QObject::connect(&job, &IntakeJob::rowsfound,
+                     [&](const std::vector<PhotoRow>& found) { rows += static_cast<qint64>(found.size()); });
     QElapsedTimer clock;
     QTimer::singleShot(afterms, [&] {
         clock.start();

@@ -2,18 +2,18 @@
 // that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
+#include "app/settingsstore.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "ui/maintoolbar.h"
-#include "app/settingsstore.h"
 
 #include <QAction>
-#include <QBuffer>
-#include <QFile>
-#include <QImage>
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
+#include <QImage>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -56,7 +56,9 @@ void writephoto(const QString& path, int width, int height, int orientation) {
     image.save(&buffer, "JPEG", 90);
     if (orientation != 0) {
         // A big-endian TIFF structure with one IFD of one entry: Orientation (0x0112), SHORT, 1.
-        QByteArray exif("\xff\xe1\0\x22" "Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 28);
+        QByteArray exif("\xff\xe1\0\x22"
+                        "Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01",
+                        28);
         exif.append(char(0)).append(char(orientation)).append(6, '\0');
         jpeg.insert(2, exif);
     }

@@ -69,7 +69,9 @@ void IntakeJob::walk() {
         }
     } else {
         ScanCallbacks callbacks;
-        callbacks.stop = [this] { return cancelled_.load(); };
+        callbacks.stop = [this] {
+            return cancelled_.load();
+        };
         callbacks.file = [this](const QString& name, const QString& path) {
             take(name, path);
             return true;

@@ -99,14 +99,16 @@ void MainModule::connecttoolbar() {
     oncommand("start", [this] { startorrefuse(); });
     oncommand("loadstart", [this] { loadstart(); });
     // Clear List also serves to stop an intake that takes in more than was meant.
-    oncommand("clearlist", [this] { clearlist(); }, true);
+    oncommand(
+        "clearlist", [this] { clearlist(); }, true);
 }
 
 void MainModule::oncommand(const char* identifier, const std::function<void()>& command, bool duringintake) {
-    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this, [this, command, duringintake] {
-        if (!commandsclosed() || (duringintake && !state_.isrunning && !closing_))
-            command();
-    });
+    connect(toolbar_->item(QLatin1String(identifier)), &QAction::triggered, this,
+            [this, command, duringintake] {
+                if (!commandsclosed() || (duringintake && !state_.isrunning && !closing_))
+                    command();
+            });
 }
 
 bool MainModule::commandsclosed() const {
@@ -165,7 +167,8 @@ void MainModule::prepwork() {
     state_.boliao = false;
     state_.isrunning = true;
     updatetimer_.start();
-    processthread_ = std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
+    processthread_ =
+        std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
     connect(processthread_.get(), &RunSession::photostarted, this, &MainModule::photostarted);
     connect(processthread_.get(), &RunSession::finished, this, [this] {
         state_.isrunning = false;

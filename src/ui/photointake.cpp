@@ -59,8 +59,10 @@ void PhotoIntake::loadfolders(std::function<void()> then) {
         }
         recursive = dialogs_.ask(
             window_.parent,
-            {QStringLiteral("Load All Sub Folders"), QStringLiteral("Do You Want to Load All Images in All Sub Folders?"),
-             QStringLiteral("By selecting 'Yes', All Images from the Sub Folders would be included in the list."),
+            {QStringLiteral("Load All Sub Folders"),
+             QStringLiteral("Do You Want to Load All Images in All Sub Folders?"),
+             QStringLiteral(
+                 "By selecting 'Yes', All Images from the Sub Folders would be included in the list."),
              QStringLiteral("Yes"), QStringLiteral("No")});
     }
     nowfolder_ = folder;

@@ -6,10 +6,11 @@
 namespace pivotel {
 
 PhotoPreview::PhotoPreview(QLabel& viewer) : viewer_(viewer) {
-    QObject::connect(&loader_, &PreviewLoader::loaded, &viewer_, [this](const QString&, const QImage& picture) {
-        if (!picture.isNull())
-            viewer_.setPixmap(QPixmap::fromImage(picture));
-    });
+    QObject::connect(&loader_, &PreviewLoader::loaded, &viewer_,
+                     [this](const QString&, const QImage& picture) {
+                         if (!picture.isNull())
+                             viewer_.setPixmap(QPixmap::fromImage(picture));
+                     });
 }
 
 void PhotoPreview::show(const QString& path) {

@@ -24,8 +24,8 @@ class Options : public WindowTest {
             checkbox("preserveDATES")->setFocus();
     }
     void expectqualityenabled(bool enabled) {
-        for (QWidget* control : std::initializer_list<QWidget*>{slider(), qualityfield(), checkbox("normalprocessall"),
-                                                                child("lbljpegquality")})
+        for (QWidget* control : std::initializer_list<QWidget*>{
+                 slider(), qualityfield(), checkbox("normalprocessall"), child("lbljpegquality")})
             EXPECT_EQ(control->isEnabled(), enabled) << control->objectName().toStdString();
     }
 };
@@ -75,9 +75,9 @@ TEST_F(Options, TheQualityFieldMovesTheSliderInsideTheRangeAndIsHeldToItOnLeavin
         const char* shown; // the field once left
     };
     const Case cases[] = {
-        {"42", 42, "42"},  {"10", 75, "10"},   {"100", 75, "100"}, {"11", 11, "11"},    {"abc", 75, "70"},
-        {"150", 15, "100"}, {"55.9", 55, "55"}, {"9", 75, "10"},    {"101", 75, "100"},  {"", 75, "70"},
-        {"-3", 75, "10"},  {"1e2", -1, "100"},  {" 60 ", -1, "60"}, {"9.99", -1, "10"},  {"0", 75, "10"},
+        {"42", 42, "42"},   {"10", 75, "10"},   {"100", 75, "100"}, {"11", 11, "11"},   {"abc", 75, "70"},
+        {"150", 15, "100"}, {"55.9", 55, "55"}, {"9", 75, "10"},    {"101", 75, "100"}, {"", 75, "70"},
+        {"-3", 75, "10"},   {"1e2", -1, "100"}, {" 60 ", -1, "60"}, {"9.99", -1, "10"}, {"0", 75, "10"},
     };
     for (const Case& c : cases) {
         slider()->setValue(75);

@@ -20,7 +20,7 @@ class Preview : public WindowTest {
     // Photos in the test's folder, loaded onto the list in name order.
     void load(std::initializer_list<std::tuple<const char*, QSize, int>> photos) {
         for (const auto& [name, size, orientation] : photos)
-            writephoto(path(QLatin1String(name)), size.width(), size.height(), orientation);
+            writephoto(path(name), size.width(), size.height(), orientation);
         loadfolder(dir.path(), false);
         ASSERT_EQ(window->photolist().count(), qint64(photos.size()));
     }
@@ -29,9 +29,10 @@ class Preview : public WindowTest {
     QImage shown() const { return viewer()->pixmap().toImage(); }
     // Whether the viewer shows the photo as it lies on disk, fitted to the viewer.
     bool showing(const char* name) const {
-        const Pixels photo = decodejpeg(path(QLatin1String(name)));
+        const Pixels photo = decodejpeg(path(name));
         const QSize size = previewfit({photo.width, photo.height}, bounds());
-        const Pixels want = pixelsof(pictureof(photo).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        const Pixels want =
+            pixelsof(pictureof(photo).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
         const Pixels have = pixelsof(shown());
         if (have.width != want.width || have.height != want.height)
             return false;
@@ -78,11 +79,13 @@ TEST_F(Preview, AMissingFileIsReportedOnlyAfterAPressAndThePictureStays) {
     settle();
     const QImage before = shown();
     ASSERT_FALSE(before.isNull());
-    QFile::remove(path(QStringLiteral("b.jpg")));
-    QFile::remove(path(QStringLiteral("c.jpg")));
+    QFile::remove(path("b.jpg"));
+    QFile::remove(path("c.jpg"));
     // The press is seen before the selection that it makes. While its message stands open a
     // resize asks for the same row again: no second message stands on the first.
-    dialogs.whiletelling = [this] { resizeviewer(200); };
+    dialogs.whiletelling = [this] {
+        resizeviewer(200);
+    };
     pressrow(1);
     EXPECT_EQ(dialogs.told, QStringList{QStringLiteral("b.jpg has been moved or deleted")});
     EXPECT_EQ(shown(), before);
@@ -94,7 +97,7 @@ TEST_F(Preview, WhatCantBeShownLeavesThePictureAsItWas) {
     load({{"a.jpg", {64, 48}, 0}, {"b.jpg", {48, 64}, 0}});
     pressrow(0);
     const QImage before = shown();
-    writebytes(path(QStringLiteral("b.jpg")), "no longer a photo");
+    writebytes(path("b.jpg"), "no longer a photo");
     pressrow(1);
     EXPECT_EQ(shown(), before);
     for (const qint64 row : {qint64(-1), qint64(2), qint64(1000000)}) {
@@ -104,7 +107,7 @@ TEST_F(Preview, WhatCantBeShownLeavesThePictureAsItWas) {
     }
     EXPECT_TRUE(dialogs.told.isEmpty());
     // Clear List empties the viewer for good: a refresh has no row to draw.
-    press(QStringLiteral("clearlist"));
+    press("clearlist");
     EXPECT_TRUE(viewer()->pixmap().isNull());
     resizeviewer(100);
     window->dorefreshpage();
@@ -117,23 +120,22 @@ TEST_F(Preview, DuringARunThePreviewShowsTheRowInWorkAsItIsOnDiskAndSaysNothingO
     pressrow(1);
     ASSERT_TRUE(showing("b.jpg"));
     HeldRun held;
-    press(QStringLiteral("start"));
+    press("start");
     EXPECT_TRUE(QTest::qWaitFor([&] { return showing("a.jpg"); }, 60000));
     EXPECT_EQ(rowcounter(), QStringLiteral("Rotating a.jpg"));
     // The photo in work is replaced on disk: the next tick shows the new one.
-    writephoto(path(QStringLiteral("a.new.jpg")), 48, 64, 0);
-    ASSERT_EQ(std::rename(QFile::encodeName(path(QStringLiteral("a.new.jpg"))).constData(),
-                          QFile::encodeName(path(QStringLiteral("a.jpg"))).constData()),
+    writephoto(path("a.new.jpg"), 48, 64, 0);
+    ASSERT_EQ(std::rename(QFile::encodeName(path("a.new.jpg")).constData(),
+                          QFile::encodeName(path("a.jpg")).constData()),
               0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return shown().size() == QSize(48, 64) && showing("a.jpg"); }, 60000));
     // The run's photo 1 is the list's c.jpg; the list's row 1, b.jpg, is gone: nothing is told.
-    QFile::remove(path(QStringLiteral("b.jpg")));
-    const Pixels a = decodejpeg(path(QStringLiteral("a.jpg")));
+    QFile::remove(path("b.jpg"));
+    const Pixels a = decodejpeg(path("a.jpg"));
     held.release();
     ASSERT_TRUE(waitforendofrun());
     EXPECT_EQ(dialogs.told, QStringList{QStringLiteral("All Done")});
-    EXPECT_LE(maxdifference(decodejpeg(path(QStringLiteral("a.jpg"))), turned(a, Action::Rotate90Clockwise)),
-              idcttolerance);
+    EXPECT_LE(maxdifference(decodejpeg(path("a.jpg")), turned(a, Action::Rotate90Clockwise)), idcttolerance);
     // After the run a keyboard move onto a missing file says nothing either.
     list()->selectRow(0);
     QTest::keyClick(list(), Qt::Key_Down);

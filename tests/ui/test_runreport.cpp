@@ -9,8 +9,10 @@ TEST(RunReport, TheFinalBoxNamesTheMissingThenTheFailedInListOrder) {
     const auto report = [](const char* name, PhotoOutcome outcome, const char* reason = "") {
         return PhotoReport{0, {QLatin1String(name), Action::AsIs, QString()}, outcome, QLatin1String(reason)};
     };
-    const QString missing = QStringLiteral("The Following Files Could not be Processed as they may be missing or deleted\n");
-    const QString unturned = QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n");
+    const QString missing =
+        QStringLiteral("The Following Files Could not be Processed as they may be missing or deleted\n");
+    const QString unturned =
+        QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n");
     const std::pair<std::vector<PhotoReport>, QString> cases[] = {
         {{}, QStringLiteral("All Done")},
         {{report("t.jpg", PhotoOutcome::Turned)}, QStringLiteral("All Done")},

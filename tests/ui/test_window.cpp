@@ -19,7 +19,8 @@ class Window : public WindowTest {};
 } // namespace
 
 TEST_F(Window, OpensAsDesigned) {
-    EXPECT_EQ(window->windowTitle(), forappstore ? QStringLiteral("Pivotel") : QStringLiteral("Pivotel v3.6.4 "));
+    EXPECT_EQ(window->windowTitle(),
+              forappstore ? QStringLiteral("Pivotel") : QStringLiteral("Pivotel v3.6.4 "));
     EXPECT_EQ(rowcounter(), QStringLiteral("0 Photos"));
     EXPECT_FALSE(child<QWidget>("ProgressWheel1")->isVisible());
     auto* tabs = child<QTabWidget>("TabPanel1");
@@ -32,7 +33,8 @@ TEST_F(Window, OpensAsDesigned) {
     EXPECT_FALSE(list()->isColumnHidden(PhotoListModel::ThumbnailColumn));
     EXPECT_EQ(list()->columnWidth(PhotoListModel::LabelColumn), 230);
     EXPECT_EQ(list()->columnWidth(PhotoListModel::ThumbnailColumn), 80);
-    EXPECT_EQ(list()->horizontalHeader()->sectionResizeMode(PhotoListModel::NameColumn), QHeaderView::Stretch);
+    EXPECT_EQ(list()->horizontalHeader()->sectionResizeMode(PhotoListModel::NameColumn),
+              QHeaderView::Stretch);
     EXPECT_EQ(list()->selectionMode(), QAbstractItemView::SingleSelection);
     EXPECT_EQ(list()->verticalHeader()->defaultSectionSize(), 62);
 
@@ -43,7 +45,7 @@ TEST_F(Window, OpensAsDesigned) {
                                                          {"clearlist", "Clear List"}};
     int left = -1;
     for (const auto& [identifier, text] : items) {
-        QAction* a = action(QLatin1String(identifier));
+        QAction* a = action(identifier);
         EXPECT_EQ(a->text(), QLatin1String(text));
         EXPECT_EQ(a->toolTip(), QLatin1String(text));
         EXPECT_FALSE(a->icon().isNull()) << identifier;
@@ -61,8 +63,8 @@ TEST_F(Window, LayoutHoldsAtEverySize) {
     QTest::qWait(0);
     EXPECT_GE(window->centralWidget()->width(), 912);
     EXPECT_GE(window->centralWidget()->height(), 549);
-    for (const char* name : {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation", "normalprocessall",
-                             "preserveDATES"}) {
+    for (const char* name : {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation",
+                             "normalprocessall", "preserveDATES"}) {
         const QCheckBox* box = checkbox(name);
         EXPECT_GE(box->width(), box->sizeHint().width()) << name;
         EXPECT_GE(box->parentWidget()->width(), box->geometry().right()) << name;
@@ -77,7 +79,7 @@ TEST_F(Window, LayoutHoldsAtEverySize) {
         QTest::qWait(0);
         EXPECT_EQ(splitter->sizes()[0], before[0] + grow);
         EXPECT_EQ(splitter->sizes()[1], before[1]);
-        const QWidget* clear = window->toolbar()->widgetForAction(action(QStringLiteral("clearlist")));
+        const QWidget* clear = window->toolbar()->widgetForAction(action("clearlist"));
         EXPECT_NEAR(clear->geometry().center().x(), window->toolbar()->width() / 2, 2) << grow;
     }
 }

@@ -4,14 +4,8 @@
 #include "support/testphotos.h"
 #include "ui/maintoolbar.h"
 
-#include <QCheckBox>
 #include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QSlider>
-#include <QTableView>
 #include <QTest>
-#include <QToolButton>
 #include <fcntl.h>
 #include <sys/file.h>
 
@@ -23,13 +17,12 @@ void writephoto(const QString& path, int width, int height, int orientation) {
         return;
     // A big-endian TIFF structure with one IFD of one entry: Orientation (0x0112), SHORT, 1.
     QByteArray exif("Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 24);
-    exif.append(char(0)).append(char(orientation)).append(2, '\0').append(4, '\0');
+    exif.append(char(0)).append(char(orientation)).append(6, '\0');
     insertsegment(path, 0xE1, exif);
 }
 
 namespace {
-template <typename T>
-T next(std::deque<T>& script, const char* what) {
+template <typename T> T next(std::deque<T>& script, const char* what) {
     if (script.empty()) {
         ADD_FAILURE() << "a " << what << " that the script didn't expect";
         return {};
@@ -42,12 +35,15 @@ T next(std::deque<T>& script, const char* what) {
 
 QStringList ScriptedDialogs::choosefiles(QWidget*, const QString& title, const QString& folder,
                                          const QStringList& types) {
-    filerequests.push_back({title, folder, types});
+    filetitles << title;
+    startfolders << folder;
+    filetypes.push_back(types);
     return next(files, "file dialog");
 }
 
 QString ScriptedDialogs::choosefolder(QWidget*, const QString& prompt, const QString& folder) {
-    folderrequests.push_back({prompt, folder, {}});
+    folderprompts << prompt;
+    startfolders << folder;
     return next(folders, "folder dialog");
 }
 
@@ -85,18 +81,14 @@ void WindowTest::openwindow() {
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
 }
 
-QAction* WindowTest::action(const QString& identifier) const {
-    QAction* found = window->toolbar()->item(identifier);
-    EXPECT_NE(found, nullptr) << identifier.toStdString();
+QAction* WindowTest::action(const char* identifier) const {
+    QAction* found = window->toolbar()->item(QLatin1String(identifier));
+    EXPECT_NE(found, nullptr) << identifier;
     return found;
 }
 
-void WindowTest::press(const QString& identifier) {
+void WindowTest::press(const char* identifier) {
     QTest::mouseClick(window->toolbar()->widgetForAction(action(identifier)), Qt::LeftButton);
-}
-
-QCheckBox* WindowTest::checkbox(const char* name) const {
-    return child<QCheckBox>(name);
 }
 
 void WindowTest::tick(const char* name) {
@@ -104,22 +96,6 @@ void WindowTest::tick(const char* name) {
     const bool before = box->isChecked();
     QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
     EXPECT_NE(box->isChecked(), before) << name;
-}
-
-QSlider* WindowTest::slider() const {
-    return child<QSlider>("qualityslider");
-}
-
-QLineEdit* WindowTest::qualityfield() const {
-    return child<QLineEdit>("jpgquality");
-}
-
-QTableView* WindowTest::list() const {
-    return child<QTableView>("Listbox1");
-}
-
-QString WindowTest::rowcounter() const {
-    return child("rowcounter")->text();
 }
 
 QStringList WindowTest::rows() const {
@@ -133,7 +109,7 @@ QStringList WindowTest::rows() const {
 void WindowTest::loadfolder(const QString& folder, bool subfolders) {
     dialogs.folders.push_back(folder);
     dialogs.answers.push_back(subfolders);
-    press(QStringLiteral("loadfolders"));
+    press("loadfolders");
     settle();
 }
 
@@ -142,8 +118,8 @@ void WindowTest::settle() const {
 }
 
 void WindowTest::pressrow(int row) {
-    const QRect cell = list()->visualRect(list()->model()->index(row, 0));
-    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, cell.center());
+    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {},
+                      list()->visualRect(list()->model()->index(row, 0)).center());
     settle();
 }
 

@@ -6,18 +6,16 @@
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSlider>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <deque>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <vector>
-
-class QCheckBox;
-class QLabel;
-class QLineEdit;
-class QSlider;
-class QTableView;
 
 namespace pivotel::test {
 
@@ -29,21 +27,17 @@ void writephoto(const QString& path, int width = 48, int height = 32, int orient
 // script didn't expect fails the test and is answered as cancelled.
 class ScriptedDialogs : public Dialogs {
   public:
-    struct Request {
-        QString title;
-        QString folder;
-        QStringList types;
-    };
     std::deque<QStringList> files;
     std::deque<QString> folders;
     std::deque<bool> answers;
-    std::function<void()> whileasking;  // runs inside the next question
-    std::function<void()> whiletelling; // runs inside the next message
-    std::vector<Request> filerequests, folderrequests;
+    std::function<void()> whileasking, whiletelling; // run inside the next question, message
+    QStringList filetitles, folderprompts, startfolders;
+    std::vector<QStringList> filetypes;
     std::vector<Question> questions;
     QStringList told;
 
-    QStringList choosefiles(QWidget*, const QString& title, const QString& folder, const QStringList& types) override;
+    QStringList choosefiles(QWidget*, const QString& title, const QString& folder,
+                            const QStringList& types) override;
     QString choosefolder(QWidget*, const QString& prompt, const QString& folder) override;
     bool ask(QWidget*, const Question& question) override;
     void tell(QWidget*, const QString& message) override;
@@ -68,21 +62,20 @@ class WindowTest : public ::testing::Test {
     void openwindow();
 
     QString path(const QString& name) const { return dir.filePath(name); }
-    QAction* action(const QString& identifier) const;
-    // Presses a toolbar button with the mouse.
-    void press(const QString& identifier);
-    template <typename T = QLabel>
-    T* child(const char* name) const {
+    QString path(const char* name) const { return dir.filePath(QLatin1String(name)); }
+    QAction* action(const char* identifier) const;
+    void press(const char* identifier); // a toolbar button, with the mouse
+    template <typename T = QLabel> T* child(const char* name) const {
         T* found = window->findChild<T*>(QLatin1String(name));
         EXPECT_NE(found, nullptr) << name;
         return found;
     }
-    QCheckBox* checkbox(const char* name) const;
+    QCheckBox* checkbox(const char* name) const { return child<QCheckBox>(name); }
     void tick(const char* name); // clicks a check box on its box
-    QSlider* slider() const;
-    QLineEdit* qualityfield() const;
-    QTableView* list() const;
-    QString rowcounter() const;
+    QSlider* slider() const { return child<QSlider>("qualityslider"); }
+    QLineEdit* qualityfield() const { return child<QLineEdit>("jpgquality"); }
+    QTableView* list() const { return child<QTableView>("Listbox1"); }
+    QString rowcounter() const { return child("rowcounter")->text(); }
     QStringList rows() const; // "name|label"
     // Loads a folder through Load Folders and waits for the intake's end.
     void loadfolder(const QString& folder, bool subfolders);
