@@ -83,6 +83,14 @@ void PhotoListModel::setalllabels(const QString& label) {
                      {Qt::DisplayRole});
 }
 
+void PhotoListModel::removerow(qint64 row) {
+    if (!hasrow(row))
+        return;
+    beginRemoveRows({}, static_cast<int>(row), static_cast<int>(row));
+    rows_.erase(rows_.begin() + row);
+    endRemoveRows();
+}
+
 void PhotoListModel::clearlist() {
     beginResetModel();
     rows_.clear();

@@ -46,6 +46,8 @@ class PhotoListModel : public QAbstractTableModel {
     void appendrow(const QString& name, const QString& label, const QString& path);
     void setlabel(qint64 row, const QString& label);
     void setalllabels(const QString& label);
+    // Removes one row; `filelist` keeps what it holds.
+    void removerow(qint64 row);
     // Removes every row; `filelist` and `thelistcount` keep what they hold.
     void clearlist();
 

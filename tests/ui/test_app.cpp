@@ -1,20 +1,31 @@
+#include "services/desktop.h"
 #include "shell/app.h"
 #include "shell/appidentity.h"
 #include "support/places.h"
 #include "support/testphotos.h"
 #include "windowtest.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 
 using namespace pivotel;
 using namespace pivotel::test;
 
+namespace {
+struct NoDesktop : Desktop {
+    void openurl(const QUrl& url) override { ADD_FAILURE() << url.toString().toStdString(); }
+};
+} // namespace
+
 TEST(App, StartsWithItsDataFolderAndItsWindowShown) {
     QDir(datafolder()).removeRecursively();
     ScriptedDialogs dialogs;
-    App app(dialogs);
+    NoDesktop desktop;
+    App app(dialogs, desktop);
     EXPECT_TRUE(QFileInfo(datafolder()).isDir());
+    EXPECT_NE(app.mainmodule().findChild<QAction*>(QStringLiteral("CheckforUpdatesItem")), nullptr);
+    EXPECT_FALSE(QApplication::windowIcon().isNull());
     EXPECT_TRUE(app.mainmodule().isVisible());
     EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Pivotel"));
     EXPECT_EQ(QCoreApplication::applicationVersion(), QStringLiteral("3.6.4"));
@@ -30,7 +41,8 @@ TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
     for (const QString& name : QStringList{QStringLiteral("xtemp.lock")} + left)
         writebytes(datafolder() + QLatin1Char('/') + name, "x");
     ScriptedDialogs dialogs;
-    App app(dialogs);
+    NoDesktop desktop;
+    App app(dialogs, desktop);
     for (const QString& name : left)
         EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);
 }

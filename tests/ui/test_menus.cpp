@@ -1,0 +1,242 @@
+#include "services/desktop.h"
+#include "services/updatecheck.h"
+#include "shell/appidentity.h"
+#include "support/testphotos.h"
+#include "ui/aboutwindow.h"
+#include "ui/menus.h"
+#include "windowtest.h"
+
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+#include <optional>
+
+using namespace pivotel;
+using namespace pivotel::test;
+
+namespace {
+
+const QString resources = QStringLiteral(PIVOTEL_TEST_RESOURCES);
+
+struct NotedDesktop : Desktop {
+    QList<QUrl> opened;
+    void openurl(const QUrl& url) override { opened << url; }
+};
+
+// versionserver.py, ended when the test ends.
+class VersionServer {
+  public:
+    VersionServer() {
+        server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        server.start(QStringLiteral("python3"), {QStringLiteral(PIVOTEL_TEST_VERSIONSERVER), dir.path()});
+        EXPECT_TRUE(server.waitForReadyRead(30000));
+        ports = QString::fromLatin1(server.readLine()).split(QLatin1Char(' '));
+    }
+    ~VersionServer() {
+        server.closeWriteChannel();
+        if (!server.waitForFinished(5000))
+            server.kill();
+        server.waitForFinished();
+    }
+    QString url(const QString& name, int port = 0) const {
+        return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports.value(port).trimmed(), name);
+    }
+
+    QTemporaryDir dir;
+    QStringList ports; // the server's, and the one that never answers
+
+  private:
+    QProcess server;
+};
+
+class Menu : public WindowTest {
+  protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        menus = new Menus(*window, dialogs, desktop, resources);
+    }
+    QAction* item(const char* name) const { return window->findChild<QAction*>(QLatin1String(name)); }
+    QString text(const char* name) const {
+        return menus->about().findChild<QLabel*>(QLatin1String(name))->text();
+    }
+
+    NotedDesktop desktop;
+    Menus* menus = nullptr; // the window's
+};
+
+const QString uptodate = QStringLiteral("You are currently up to date");
+const QString unreachable =
+    QStringLiteral("Our Update Server cannot be reached at the moment. Please try again later");
+
+QString offer(const char* version) {
+    return QStringLiteral("There is an Updated Version %1 available. Do You Want to Download It Now ?")
+        .arg(QLatin1String(version));
+}
+
+} // namespace
+
+TEST_F(Menu, HoldsItsItemsInOrder) {
+    QStringList shown;
+    for (QAction* title : window->menuBar()->actions()) {
+        shown << title->menu()->objectName() + QLatin1Char(' ') + title->text();
+        for (QAction* entry : title->menu()->actions())
+            shown << (entry->isSeparator() ? QStringLiteral("  -") : QStringLiteral("  ") + entry->text());
+    }
+    const QStringList expected{"UntitledMenu1 File",
+                               "  Load Files",
+                               "  Load Folders",
+                               "EditMenu &Edit",
+                               "  &Undo",
+                               "  -",
+                               "  Cu&t",
+                               "  &Copy",
+                               "  &Paste",
+                               "  &Delete",
+                               "  -",
+                               "  Select &All",
+                               "WindowMenu Window",
+                               "  Minimize",
+                               "  -",
+                               "  " + window->windowTitle().trimmed(),
+                               "FileMenu &Help",
+                               "  &Quit",
+                               "  About Pivotel",
+                               "  Help Manual",
+                               "  -",
+                               "  Check for Updates"};
+    EXPECT_EQ(shown, expected);
+    EXPECT_EQ(item("CheckforUpdatesItem")->isVisible(), !forappstore);
+}
+
+TEST_F(Menu, DuringARunLoadFilesAddsRowsTheRunLeavesAndLoadFoldersDoesNothing) {
+    writephoto(dir.filePath(QStringLiteral("a.jpg")), 48, 32, 6);
+    QDir(dir.path()).mkdir(QStringLiteral("later"));
+    const QString later = dir.filePath(QStringLiteral("later/b.jpg"));
+    writephoto(later, 48, 32, 6);
+    const QByteArray b = readbytes(later);
+    loadfolder(dir.path(), false);
+    HeldRun held;
+    press(QStringLiteral("start"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return rowcounter() == QStringLiteral("Rotating a.jpg"); }, 60000));
+
+    item("FileLoadFolders")->trigger(); // a folder dialog would fail the script
+    dialogs.files.push_back({later});
+    item("FileLoadFiles")->trigger();
+    EXPECT_EQ(rows(), (QStringList{"a.jpg|Rotate 90º Clockwise", "b.jpg|Rotate 90º Clockwise"}));
+    held.release();
+    ASSERT_TRUE(waitforendofrun());
+    EXPECT_EQ(decodejpeg(dir.filePath(QStringLiteral("a.jpg"))).width, 32);
+    EXPECT_EQ(readbytes(later), b);
+}
+
+TEST_F(Menu, EditActsOnTheControlInFocus) {
+    tick("uselosslessrotation"); // the quality field takes text only for a re-encoding run
+    QLineEdit* field = qualityfield();
+    field->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return field->hasFocus(); }));
+    for (const char* name : {"EditSelectAll", "EditCut"})
+        item(name)->trigger();
+    EXPECT_EQ(field->text(), QString());
+    for (const char* name : {"EditPaste", "EditPaste", "EditUndo"})
+        item(name)->trigger();
+    EXPECT_EQ(field->text(), QStringLiteral("75"));
+
+    writephoto(dir.filePath(QStringLiteral("a.jpg")));
+    writephoto(dir.filePath(QStringLiteral("b.jpg")));
+    loadfolder(dir.path(), false);
+    auto* list = window->findChild<QTableView*>(QStringLiteral("Listbox1"));
+    list->selectRow(0);
+    list->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list->hasFocus(); }));
+    item("EditClear")->trigger();
+    EXPECT_EQ(rows(), QStringList{"b.jpg|As Is"});
+    EXPECT_EQ(rowcounter(), QStringLiteral("1 Photo"));
+    EXPECT_TRUE(QFile::exists(dir.filePath(QStringLiteral("a.jpg"))));
+}
+
+TEST_F(Menu, AboutShowsTheYearOfEachOpeningAndHidesOnAClickAndHelpOpensTheManual) {
+    int year = 2030;
+    AboutWindow& about = menus->about();
+    about.setclock([&] { return QDate(year, 12, 31); });
+    item("FileAbout")->trigger();
+    ASSERT_TRUE(about.isVisible());
+    EXPECT_EQ(about.size(), QSize(296, 280));
+    EXPECT_EQ(text("version"), QStringLiteral("v ") + versiontext());
+    EXPECT_EQ(text("Label2"), QStringLiteral("Copyright © 2030 Zenthori Apps"));
+    // The bundle's App.icns, read back.
+    EXPECT_FALSE(about.findChild<QLabel*>(QStringLiteral("ImageMBS1"))->pixmap().isNull());
+
+    QTest::mouseClick(&about, Qt::LeftButton, {},
+                      about.findChild<QLabel*>(QStringLiteral("Label3"))->geometry().center());
+    EXPECT_EQ(desktop.opened, QList<QUrl>{QUrl(QStringLiteral("https://") + AboutWindow::website())});
+    EXPECT_TRUE(about.isVisible());
+    QTest::mouseClick(&about, Qt::LeftButton, {}, QPoint(20, 20));
+    EXPECT_FALSE(about.isVisible());
+    year = 2031;
+    item("FileAbout")->trigger();
+    EXPECT_TRUE(about.isVisible());
+    EXPECT_EQ(text("Label2"), QStringLiteral("Copyright © 2031 Zenthori Apps"));
+
+    desktop.opened.clear();
+    item("menuOnlineHelp")->trigger();
+    EXPECT_EQ(desktop.opened, QList<QUrl>{QUrl::fromLocalFile(resources + QStringLiteral("/pivotel.pdf"))});
+}
+
+TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
+    VersionServer server;
+    ASSERT_EQ(server.ports.size(), 2);
+#ifdef Q_PROCESSOR_ARM
+    const QString download = server.url(QStringLiteral("download/pivotel-arm64.deb"));
+#else
+    const QString download = server.url(QStringLiteral("download/pivotel-amd64.deb"));
+#endif
+    const struct {
+        QByteArray body;
+        bool verbose;
+        std::optional<bool> yes; // the answer to the offer, when one is made
+        QStringList told;
+        QString offered;
+        int port = 0;
+        bool trusted = true;
+    } cases[] = {
+        {"3.7.0", true, true, {}, offer("3.7.0")},
+        {"3.10.0", true, false, {}, offer("3.10.0")},
+        {" \t3.6.5\r\n", false, false, {}, offer("3.6.5")},
+        {"3.6.4", true, {}, {uptodate}, {}},
+        {"3.6.3", true, {}, {uptodate}, {}},
+        {"3.6.4", false, {}, {}, {}},
+        {"<html><body>Sign in to this network</body></html>", true, {}, {unreachable}, {}},
+        {"<html><body>Sign in to this network</body></html>", false, {}, {}, {}},
+        {"", true, {}, {unreachable}, {}},
+        {"3." + QByteArray(5000, '1'), true, {}, {unreachable}, {}},
+        {"3.7.0", true, {}, {unreachable}, {}, 0, false}, // a certificate nobody vouches for
+        {"3.7.0", true, {}, {unreachable}, {}, 1},        // a server that never answers
+    };
+    int n = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << n);
+        const QString name = QStringLiteral("v%1.txt").arg(n++);
+        writebytes(server.dir.filePath(name), c.body);
+        qputenv("PIVOTEL_UPDATE_URL", server.url(name, c.port).toUtf8());
+        qputenv("PIVOTEL_UPDATE_CA",
+                c.trusted ? server.dir.filePath(QStringLiteral("cert.pem")).toUtf8() : "");
+        dialogs.told.clear();
+        dialogs.questions.clear();
+        desktop.opened.clear();
+        if (c.yes)
+            dialogs.answers.push_back(*c.yes);
+        QSignalSpy answered(&menus->updatecheck(), &UpdateCheck::answered);
+        c.verbose ? item("CheckforUpdatesItem")->trigger() : menus->checkforupdates(false);
+        // The window goes on while the server thinks.
+        EXPECT_TRUE(dialogs.told.isEmpty() && dialogs.questions.empty());
+        ASSERT_TRUE(answered.wait(60000));
+        EXPECT_EQ(dialogs.told, c.told);
+        EXPECT_EQ(dialogs.questions.empty() ? QString() : dialogs.questions.back().message, c.offered);
+        EXPECT_EQ(desktop.opened, c.yes.value_or(false) ? QList<QUrl>{QUrl(download)} : QList<QUrl>{});
+    }
+}
