@@ -19,9 +19,7 @@ namespace pivotel {
 
 Menus::Menus(MainModule& window, Dialogs& dialogs, Desktop& desktop, QString resources)
     : QObject(&window), window_(window), dialogs_(dialogs), desktop_(desktop),
-      resources_(std::move(resources)), about_(new AboutWindow(desktop, resources_, &window)),
-      updates_(new UpdateCheck(versiontext(), this)) {
-    setObjectName(QStringLiteral("MenuBar1"));
+      resources_(std::move(resources)), updates_(new UpdateCheck(versiontext(), this)) {
     connect(updates_, &UpdateCheck::answered, this,
             [this](const UpdateAnswer& answer, bool verbose) { speak(answer, verbose); });
     window_.menuBar()->setObjectName(QStringLiteral("MenuBar1"));
@@ -30,8 +28,6 @@ Menus::Menus(MainModule& window, Dialogs& dialogs, Desktop& desktop, QString res
     buildwindow();
     buildhelp();
 }
-
-Menus::~Menus() = default;
 
 QAction* Menus::additem(QMenu* menu, const char* name, const QString& text, const QKeySequence& shortcut,
                         std::function<void()> command) {
@@ -186,10 +182,16 @@ void Menus::buildhelp() {
     })->setVisible(!forappstore);
 }
 
+AboutWindow& Menus::about() {
+    if (!about_)
+        about_ = new AboutWindow(desktop_, resources_, &window_);
+    return *about_;
+}
+
 void Menus::showabout() {
-    about_->show();
-    about_->raise();
-    about_->activateWindow();
+    about().show();
+    about().raise();
+    about().activateWindow();
 }
 
 void Menus::checkforupdates(bool verbose) {

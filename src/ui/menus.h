@@ -28,13 +28,13 @@ class Menus : public QObject {
   public:
     // `resources` holds the manual and the icon: the bundle's, unless a test says otherwise.
     Menus(MainModule& window, Dialogs& dialogs, Desktop& desktop, QString resources = resourcesfolder());
-    ~Menus() override;
 
     // Asks the update server without waiting for it. Verbose speaks in every case; otherwise
     // only a newer version is mentioned.
     void checkforupdates(bool verbose);
 
-    AboutWindow& about() const { return *about_; }
+    // Made at its first showing, so that a start doesn't pay for reading the icon.
+    AboutWindow& about();
     UpdateCheck& updatecheck() const { return *updates_; }
 
   private:
@@ -57,7 +57,7 @@ class Menus : public QObject {
     Dialogs& dialogs_;
     Desktop& desktop_;
     QString resources_;
-    AboutWindow* about_;
+    AboutWindow* about_ = nullptr;
     UpdateCheck* updates_;
 };
 
