@@ -1,4 +1,3 @@
-#include "services/desktop.h"
 #include "shell/app.h"
 #include "shell/appidentity.h"
 #include "support/places.h"
@@ -12,16 +11,10 @@
 using namespace pivotel;
 using namespace pivotel::test;
 
-namespace {
-struct NoDesktop : Desktop {
-    void openurl(const QUrl& url) override { ADD_FAILURE() << url.toString().toStdString(); }
-};
-} // namespace
-
 TEST(App, StartsWithItsDataFolderAndItsWindowShown) {
     QDir(datafolder()).removeRecursively();
     ScriptedDialogs dialogs;
-    NoDesktop desktop;
+    NotedDesktop desktop;
     App app(dialogs, desktop);
     EXPECT_TRUE(QFileInfo(datafolder()).isDir());
     EXPECT_NE(app.mainmodule().findChild<QAction*>(QStringLiteral("CheckforUpdatesItem")), nullptr);
@@ -41,7 +34,7 @@ TEST(App, RemovesWhatAKilledRunLeftInTheDataFolder) {
     for (const QString& name : QStringList{QStringLiteral("xtemp.lock")} + left)
         writebytes(datafolder() + QLatin1Char('/') + name, "x");
     ScriptedDialogs dialogs;
-    NoDesktop desktop;
+    NotedDesktop desktop;
     App app(dialogs, desktop);
     for (const QString& name : left)
         EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);

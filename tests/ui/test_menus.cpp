@@ -23,38 +23,6 @@ namespace {
 
 const QString resources = QStringLiteral(PIVOTEL_TEST_RESOURCES);
 
-struct NotedDesktop : Desktop {
-    QList<QUrl> opened;
-    void openurl(const QUrl& url) override { opened << url; }
-};
-
-// versionserver.py, ended when the test ends.
-class VersionServer {
-  public:
-    VersionServer() {
-        server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        server.start(QStringLiteral("python3"), {QStringLiteral(PIVOTEL_TEST_VERSIONSERVER), dir.path()});
-        while (!server.canReadLine() && server.waitForReadyRead(30000)) {
-        }
-        ports = QString::fromLatin1(server.readLine()).split(QLatin1Char(' '));
-    }
-    ~VersionServer() {
-        server.closeWriteChannel();
-        if (!server.waitForFinished(5000))
-            server.kill();
-        server.waitForFinished();
-    }
-    QString url(const QString& name, int port = 0) const {
-        return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports.value(port).trimmed(), name);
-    }
-
-    QTemporaryDir dir;
-    QStringList ports; // the server's, and the one that never answers
-
-  private:
-    QProcess server;
-};
-
 class Menu : public WindowTest {
   protected:
     void SetUp() override {
@@ -74,9 +42,9 @@ const QString uptodate = QStringLiteral("You are currently up to date");
 const QString unreachable =
     QStringLiteral("Our Update Server cannot be reached at the moment. Please try again later");
 
-QString offer(const char* version) {
+QString offer(const QByteArray& version) {
     return QStringLiteral("There is an Updated Version %1 available. Do You Want to Download It Now ?")
-        .arg(QLatin1String(version));
+        .arg(QString::fromLatin1(version));
 }
 
 } // namespace
@@ -189,13 +157,29 @@ TEST_F(Menu, AboutShowsTheYearOfEachOpeningAndHidesOnAClickAndHelpOpensTheManual
 }
 
 TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
-    VersionServer server;
-    ASSERT_EQ(server.ports.size(), 2);
+    // An HTTPS server with a certificate of its own, and a port that never answers; it ends when
+    // its input closes, or is killed with the QProcess.
+    QTemporaryDir folder;
+    QProcess server;
+    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    server.start(QStringLiteral("python3"), {QStringLiteral(PIVOTEL_TEST_VERSIONSERVER), folder.path()});
+    while (!server.canReadLine() && server.waitForReadyRead(30000)) {
+    }
+    const QStringList ports = QString::fromLatin1(server.readLine()).trimmed().split(QLatin1Char(' '));
+    ASSERT_EQ(ports.size(), 2);
+    const auto url = [&](const QString& name, int port) {
+        return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports[port], name);
+    };
 #ifdef Q_PROCESSOR_ARM
-    const QString download = server.url(QStringLiteral("download/pivotel-arm64.deb"));
+    const QString download = url(QStringLiteral("download/pivotel-arm64.deb"), 0);
 #else
-    const QString download = server.url(QStringLiteral("download/pivotel-amd64.deb"));
+    const QString download = url(QStringLiteral("download/pivotel-amd64.deb"), 0);
 #endif
+    // Against the program's own version, e.g. 3.6.4: the same, and one newer as a number but
+    // older as text (3.16).
+    const QByteArray same = versiontext().toLatin1();
+    const QByteArray newer =
+        same.left(same.indexOf('.')) + '.' + QByteArray::number(same.split('.').value(1).toInt() + 10);
     const struct {
         QByteArray body;
         bool verbose;
@@ -205,27 +189,29 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
         int port = 0;
         bool trusted = true;
     } cases[] = {
-        {"3.7.0", true, true, {}, offer("3.7.0")},
-        {"3.10.0", true, false, {}, offer("3.10.0")},
-        {" \t3.6.5\r\n", false, false, {}, offer("3.6.5")},
-        {"3.6.4", true, {}, {uptodate}, {}},
-        {"3.6.3", true, {}, {uptodate}, {}},
-        {"3.6.4", false, {}, {}, {}},
+        {"99.0", true, true, {}, offer("99.0")},
+        {newer, true, false, {}, offer(newer)},
+        {" \t99.1\r\n", false, false, {}, offer("99.1")},
+        {same, true, {}, {uptodate}, {}},
+        {"0.9.9", true, {}, {uptodate}, {}},
+        {same + ".0", true, {}, {uptodate}, {}},
+        {"google", true, {}, {unreachable}, {}},
+        {"99.0 beta", true, {}, {unreachable}, {}},
+        {same, false, {}, {}, {}},
         {"<html><body>Sign in to this network</body></html>", true, {}, {unreachable}, {}},
         {"<html><body>Sign in to this network</body></html>", false, {}, {}, {}},
         {"", true, {}, {unreachable}, {}},
-        {"3." + QByteArray(5000, '1'), true, {}, {unreachable}, {}},
-        {"3.7.0", true, {}, {unreachable}, {}, 0, false}, // a certificate nobody vouches for
-        {"3.7.0", true, {}, {unreachable}, {}, 1},        // a server that never answers
+        {"99." + QByteArray(5000, '1'), true, {}, {unreachable}, {}},
+        {"99.0", true, {}, {unreachable}, {}, 0, false}, // a certificate nobody vouches for
+        {"99.0", true, {}, {unreachable}, {}, 1},        // a server that never answers
     };
     int n = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << n);
         const QString name = QStringLiteral("v%1.txt").arg(n++);
-        writebytes(server.dir.filePath(name), c.body);
-        qputenv("PIVOTEL_UPDATE_URL", server.url(name, c.port).toUtf8());
-        qputenv("PIVOTEL_UPDATE_CA",
-                c.trusted ? server.dir.filePath(QStringLiteral("cert.pem")).toUtf8() : "");
+        writebytes(folder.filePath(name), c.body);
+        qputenv("PIVOTEL_UPDATE_URL", url(name, c.port).toUtf8());
+        qputenv("PIVOTEL_UPDATE_CA", c.trusted ? folder.filePath(QStringLiteral("cert.pem")).toUtf8() : "");
         dialogs.told.clear();
         dialogs.questions.clear();
         desktop.opened.clear();

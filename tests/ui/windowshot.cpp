@@ -2,12 +2,12 @@
 // that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
-#include "services/desktop.h"
 #include "support/isolatedhome.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "ui/maintoolbar.h"
 #include "ui/menus.h"
+#include "ui/qtdesktop.h"
 #include "uiphotos.h"
 
 #include <QAction>
@@ -36,11 +36,6 @@ class SampleDialogs : public Dialogs {
 
   private:
     QString folder_;
-};
-
-class NoDesktop : public Desktop {
-  public:
-    void openurl(const QUrl&) override {}
 };
 
 void pause(int ms) {
@@ -82,7 +77,7 @@ int main(int argc, char* argv[]) {
     writesamples(photos);
     SampleDialogs dialogs(photos);
     MainModule window(dialogs);
-    NoDesktop desktop;
+    QtDesktop desktop; // nothing is clicked
     new Menus(window, dialogs, desktop);
     if (arguments.size() >= 4)
         window.resize(arguments[2].toInt(), arguments[3].toInt());
