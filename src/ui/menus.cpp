@@ -176,7 +176,8 @@ void Menus::buildhelp() {
     additem(menu, "menuOnlineHelp", QStringLiteral("Help Manual"), {},
             [this] { openhelpmanual(desktop_, resources_); });
     menu->addSeparator()->setObjectName(QStringLiteral("UntitledSeparator"));
-    // The sandboxed build is updated by its store.
+    // The sandboxed build is updated by its store; its separator stays, last in the menu.
+    menu->setSeparatorsCollapsible(false);
     additem(menu, "CheckforUpdatesItem", QStringLiteral("Check for Updates"), {}, [this] {
         checkforupdates(true);
     })->setVisible(!forappstore);
