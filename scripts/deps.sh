@@ -4,11 +4,12 @@ set -euo pipefail
 
 packages=(
     build-essential cmake pkg-config
-    qt6-base-dev qt6-image-formats-plugins libxkbcommon-dev
+    qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libxkbcommon-dev fonts-dejavu-core
     libturbojpeg0-dev libjpeg62-turbo-dev libjpeg-turbo-progs
     libexempi-dev libcurl4-openssl-dev
     libimage-exiftool-perl clang-tidy
     googletest libgtest-dev
+    openssl python3 poppler-utils
     xvfb xauth
 )
 if [ "${1:-}" = "--bench" ]; then

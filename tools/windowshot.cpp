@@ -6,6 +6,8 @@
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
 #include "ui/maintoolbar.h"
+#include "ui/menus.h"
+#include "ui/qtdesktop.h"
 
 #include <QAction>
 #include <QApplication>
@@ -102,6 +104,8 @@ int main(int argc, char* argv[]) {
     SampleDialogs dialogs(photos);
     PreferencesStore settings;
     MainModule window(dialogs, settings);
+    QtDesktop desktop; // nothing is clicked
+    new Menus(window, dialogs, desktop);
     if (arguments.size() >= 4)
         window.resize(arguments[2].toInt(), arguments[3].toInt());
     window.show();

@@ -4,22 +4,27 @@
 #include "app/settingsstore.h"
 #include "support/appidentity.h"
 #include "support/places.h"
+#include "ui/appicon.h"
 #include "ui/mainmodule.h"
+#include "ui/menus.h"
 
 #include <QApplication>
 
 namespace pivotel {
 
-App::App(Dialogs& dialogs) {
+App::App(Dialogs& dialogs, Desktop& desktop) {
     QCoreApplication::setApplicationName(justappname());
     QCoreApplication::setApplicationVersion(versiontext());
+    QApplication::setWindowIcon(appicon());
     QApplication::setQuitOnLastWindowClosed(true);
     // The run's working files live here; those a killed run left go now.
     ensurefolder(datafolder());
     cleanleftovers(datafolder());
 
     mainmodule_ = std::make_unique<MainModule>(dialogs, settings_);
+    auto* menus = new Menus(*mainmodule_, dialogs, desktop);
     mainmodule_->show();
+    menus->checkforupdates(false);
 }
 
 App::~App() = default;

@@ -6,14 +6,16 @@
 
 namespace pivotel {
 
+class Desktop;
 class Dialogs;
 class MainModule;
 
 // The program's frame, made once a QApplication exists: the application's identity, the data
-// folder, then the main window, opened and shown. Closing the main window ends the program.
+// folder, then the main window with its menus, opened and shown, then the silent update check.
+// Closing the main window ends the program.
 class App {
   public:
-    explicit App(Dialogs& dialogs);
+    App(Dialogs& dialogs, Desktop& desktop);
     ~App();
 
     MainModule& mainmodule() { return *mainmodule_; }

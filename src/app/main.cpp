@@ -1,6 +1,7 @@
 // pivotel: the window.
 
 #include "app/app.h"
+#include "ui/qtdesktop.h"
 #include "ui/qtdialogs.h"
 
 #include <QApplication>
@@ -8,6 +9,7 @@
 int main(int argc, char* argv[]) {
     QApplication application(argc, argv);
     pivotel::QtDialogs dialogs;
-    pivotel::App app(dialogs);
+    pivotel::QtDesktop desktop;
+    pivotel::App app(dialogs, desktop);
     return QApplication::exec();
 }

@@ -90,6 +90,14 @@ void PhotoListModel::setallactions(Action action) {
                      {Qt::DisplayRole});
 }
 
+void PhotoListModel::removerow(qint64 row) {
+    if (!hasrow(row))
+        return;
+    beginRemoveRows({}, static_cast<int>(row), static_cast<int>(row));
+    rows_.erase(rows_.begin() + row);
+    endRemoveRows();
+}
+
 void PhotoListModel::clearlist() {
     beginResetModel();
     rows_.clear();

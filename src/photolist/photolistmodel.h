@@ -50,6 +50,8 @@ class PhotoListModel : public QAbstractTableModel {
     void appendrows(const std::vector<PhotoRow>& rows);
     void setaction(qint64 row, Action action);
     void setallactions(Action action);
+    // Removes one row; `filelist` keeps what it holds.
+    void removerow(qint64 row);
     // Removes every row; `filelist` and `thelistcount` keep what they hold.
     void clearlist();
 

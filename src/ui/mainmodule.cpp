@@ -123,6 +123,21 @@ void MainModule::loadfolders() {
     intake_.loadfolders();
 }
 
+void MainModule::removeselectedrow() {
+    const QModelIndexList selected = ui_.list->selectionModel()->selectedRows();
+    if (state_.isrunning || takingphotos() || selected.isEmpty())
+        return;
+    const qint64 row = selected.first().row();
+    list_->removerow(row);
+    if (nowrow_ == row) {
+        nowrow_ = -1;
+        preview_.clear();
+    } else if (nowrow_ > row) {
+        --nowrow_;
+    }
+    updatecounter();
+}
+
 void MainModule::loadstart() {
     // A scan cancelled (by Clear List or by closing the window) starts nothing.
     intake_.loadfolders([this] {

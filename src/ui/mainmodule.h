@@ -44,6 +44,10 @@ class MainModule : public QMainWindow {
     // folders.
     void loadfiles();
     void loadfolders();
+    // Photos are being taken onto the list.
+    bool takingphotos() const { return intake_.busy(); }
+    // Takes the selected row off the list; its file stays where it is. Not during a run.
+    void removeselectedrow();
 
     // No menu to hide the toolbar: it is always there.
     QMenu* createPopupMenu() override;

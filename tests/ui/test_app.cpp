@@ -4,6 +4,7 @@
 #include "support/testphotos.h"
 #include "windowtest.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 
@@ -18,10 +19,13 @@ TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
     for (const QString& name : QStringList{QStringLiteral("xtemp.lock")} + left)
         writebytes(datafolder() + QLatin1Char('/') + name, "x");
     ScriptedDialogs dialogs;
-    App app(dialogs);
+    NotedDesktop desktop;
+    App app(dialogs, desktop);
     for (const QString& name : left)
         EXPECT_FALSE(QFileInfo::exists(datafolder() + QLatin1Char('/') + name)) << qPrintable(name);
     EXPECT_TRUE(app.mainmodule().isVisible());
+    EXPECT_NE(app.mainmodule().findChild<QAction*>(QStringLiteral("CheckforUpdatesItem")), nullptr);
+    EXPECT_FALSE(QApplication::windowIcon().isNull());
     EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("Pivotel"));
     EXPECT_EQ(QCoreApplication::applicationVersion(), QStringLiteral("3.6.4"));
     EXPECT_TRUE(QApplication::quitOnLastWindowClosed());

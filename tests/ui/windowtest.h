@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settingsstore.h"
+#include "services/desktop.h"
 #include "support/qtprinting.h"
 #include "support/uniquefd.h"
 #include "ui/dialogs.h"
@@ -41,6 +42,12 @@ class ScriptedDialogs : public Dialogs {
     QString choosefolder(QWidget*, const QString& prompt, const QString& folder) override;
     bool ask(QWidget*, const Question& question) override;
     void tell(QWidget*, const QString& message) override;
+};
+
+// Notes what the program hands to the browser or a viewer, and opens nothing.
+struct NotedDesktop : Desktop {
+    QList<QUrl> opened;
+    void openurl(const QUrl& url) override { opened << url; }
 };
 
 // Holds the lock that every photo's rewrite takes on the data folder, so that a run stands
