@@ -1,15 +1,21 @@
 // Test programs start here, with the data folder and the settings in a temporary directory.
+// Widget test programs (PIVOTEL_TEST_GUI) get a QApplication.
 
 #include "support/isolatedhome.h"
 
-#include <QCoreApplication>
-
 #include <gtest/gtest.h>
+#ifdef PIVOTEL_TEST_GUI
+#include <QApplication>
+using Application = QApplication;
+#else
+#include <QCoreApplication>
+using Application = QCoreApplication;
+#endif
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
     isolatehome(home);
-    QCoreApplication app(argc, argv);
+    Application app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -27,7 +27,6 @@ enum class Sampling { S444, S420 };
 // Encodes pixels as a baseline JPEG.
 void writejpeg(const QString& path, const Pixels& pixels, int quality = 95,
                Sampling sampling = Sampling::S444);
-// Writes a pattern JPEG of the given size.
 void writepattern(const QString& path, int width, int height, Sampling sampling = Sampling::S444);
 Pixels decodejpeg(const QString& path);
 
@@ -48,6 +47,8 @@ void writebytes(const QString& path, const QByteArray& bytes);
 QList<QByteArray> appsegments(const QString& path);
 // Whether the frame header says progressive (SOF2).
 bool isprogressive(const QString& path);
+// The bodies of a JPEG file's marker segments with the marker, in order.
+QList<QByteArray> segmentbodies(const QString& path, unsigned char marker);
 // Puts a marker segment right after SOI.
 void insertsegment(const QString& path, unsigned char marker, const QByteArray& body);
 
@@ -56,6 +57,7 @@ QString exiftoolpath();
 // Writes a stand-in for the tool: an executable shell script with the given body.
 QString writefaketool(const QString& path, const QByteArray& body);
 // Runs the tool with the arguments and returns its standard output; fails the test on error.
+// Every call goes to one long-lived tool process, the program's own stay-open runner.
 QString exiftool(const QStringList& arguments);
 // Writes tags in place, e.g. {"-n", "-Orientation=6"}.
 void writetags(const QString& path, const QStringList& assignments);
