@@ -1,138 +1,91 @@
-// pivotel-cli killed with SIGKILL at many moments of a run: every photo must still be whole,
+// pivotel-cli killed with SIGKILL at moments spread over a run: every photo must still be whole,
 // either the original or the turned one, and the next start clears what the killed run left.
+// PIVOTEL_STRESS=1 (the "stress" label) kills many more times.
 
+#include "cli/clirun.h"
 #include "support/taggedphotos.h"
 #include "support/testphotos.h"
 
 #include <QDir>
-#include <QElapsedTimer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
-#include <gtest/gtest.h>
 
 using namespace pivotel;
 using namespace pivotel::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int photocount = 30;
-constexpr int kills = 8;
 
-struct Template {
-    QByteArray bytes;
-    Pixels upright; // the turned photo, as it must decode
-};
-
-class Killed : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        const struct {
-            int orientation;
-            Action action;
-        } kinds[] = {{6, Action::Rotate90}, {8, Action::Rotate270}, {3, Action::Rotate180}};
-        for (const auto& kind : kinds) {
-            const QString path = scratch.filePath(QStringLiteral("template.jpg"));
-            writetaggedphoto(path, 320, 240, kind.orientation, 300);
-            templates.push_back({readbytes(path), turned(decodejpeg(path), kind.action)});
-        }
-    }
-
-    QString photo(int i) const {
-        return photos.filePath(QStringLiteral("photo %1.jpg").arg(i, 2, 10, QLatin1Char('0')));
-    }
-    const Template& kind(int i) const { return templates[size_t(i) % templates.size()]; }
-
-    void restore() {
-        for (const QString& name : QDir(photos.path()).entryList(QDir::Files | QDir::Hidden))
-            QFile::remove(photos.filePath(name));
-        for (int i = 0; i < photocount; ++i)
-            writebytes(photo(i), kind(i).bytes);
-    }
-
-    void startcli(QProcess& process, const QString& datahome) {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), datahome);
-        process.setProcessEnvironment(environment);
-        process.setProcessChannelMode(QProcess::SeparateChannels);
-        process.start(QStringLiteral(PIVOTEL_CLI), {photos.path()});
-        ASSERT_TRUE(process.waitForStarted(30000));
-    }
-
-    // Whether each photo is whole: the original's bytes, or a JPEG with the turned pixels.
-    // Returns how many are turned.
-    int checkwhole(const char* when) {
-        int turnedcount = 0;
-        for (int i = 0; i < photocount; ++i) {
-            const QByteArray bytes = readbytes(photo(i));
-            if (bytes == kind(i).bytes)
-                continue;
-            Pixels pixels;
-            try {
-                pixels = decodejpeg(photo(i));
-            } catch (const std::exception& error) {
-                ADD_FAILURE() << when << ": photo " << i
-                              << " is neither the original nor a whole JPEG: " << error.what();
-                continue;
-            }
-            EXPECT_LE(maxdifference(pixels, kind(i).upright), idcttolerance) << when << ": photo " << i;
-            ++turnedcount;
-        }
-        return turnedcount;
-    }
-
-    // Kills runs at photos spread over the list, each at its own moment within the photo, then
-    // lets a last run finish what was left.
-    void killrepeatedly(const QString& datahome) {
-        for (int round = 0; round < kills; ++round) {
-            restore();
-            const int target = 1 + round * (photocount - 2) / kills; // the photo in work at the kill
-            const int extrams = (round * 17) % 70;                   // and how far into it
-            const QByteArray announced = QStringLiteral("[%1/%2]").arg(target + 1).arg(photocount).toUtf8();
-
-            QProcess process;
-            startcli(process, datahome);
-            QByteArray progress;
-            while (!progress.contains(announced) && process.state() == QProcess::Running) {
-                process.waitForReadyRead(100);
-                progress += process.readAllStandardError();
-            }
-            QThread::msleep(extrams);
-            process.kill();
-            process.waitForFinished(30000);
-            ASSERT_TRUE(progress.contains(announced)) << "round " << round << ": " << progress.constData();
-
-            const QByteArray when = "after the kill at photo " + QByteArray::number(target);
-            // Every photo before the one in work was finished when it was announced.
-            EXPECT_GE(checkwhole(when.constData()), target) << when.constData();
-        }
-
-        QProcess last;
-        startcli(last, datahome);
-        ASSERT_TRUE(last.waitForFinished(120000));
-        EXPECT_EQ(last.exitCode(), 0) << last.readAllStandardError().constData();
-        EXPECT_EQ(checkwhole("after the last run"), photocount);
-        for (int i = 0; i < photocount; ++i)
-            EXPECT_EQ(readtag(photo(i), QStringLiteral("IFD0:Orientation"), true), QStringLiteral("1")) << i;
-
-        // Nothing of the killed runs is left: not beside the photos, not in the data folder.
-        EXPECT_EQ(QDir(photos.path()).entryList(QDir::Files | QDir::Hidden).size(), photocount);
-        const QDir data(datahome + QStringLiteral("/com.zenthori.pivotel"));
-        EXPECT_EQ(data.entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("xtemp.lock")});
-    }
-
-    QTemporaryDir scratch, photos;
-    std::vector<Template> templates;
-};
+class Killed : public ::testing::TestWithParam<bool> {};
 
 } // namespace
 
-TEST_F(Killed, EveryPhotoStaysWholeWithTheDataFolderBesideThePhotos) {
-    QTemporaryDir datahome; // on the photos' file system: the working file is in the data folder
-    killrepeatedly(datahome.path());
+// The data folder on the photos' file system (the working file in it), or on another one (the
+// working files beside the photos).
+TEST_P(Killed, EveryPhotoStaysWhole) {
+    QTemporaryDir scratch, photos, datahome(GetParam() ? u"/dev/shm/pivotel-XXXXXX"_s : QDir::tempPath() + u"/pivotel-XXXXXX"_s);
+    const int kills = qEnvironmentVariableIntValue("PIVOTEL_STRESS") == 1 ? 16 : 3;
+    std::vector<std::pair<QByteArray, Pixels>> kinds; // the original, and the turned one as it must decode
+    for (const auto& [orientation, action] : {std::pair{6, Action::Rotate90Clockwise},
+                                              {8, Action::Rotate90Counterclockwise}, {3, Action::Rotate180}}) {
+        writetaggedphoto(scratch.filePath(u"t.jpg"_s), 320, 240, orientation, 300);
+        kinds.emplace_back(readbytes(scratch.filePath(u"t.jpg"_s)), turned(decodejpeg(scratch.filePath(u"t.jpg"_s)), action));
+    }
+    auto photo = [&photos](int i) { return photos.filePath(u"photo %1.jpg"_s.arg(i, 2, 10, '0'_L1)); };
+    // How many photos are turned; fails for one neither the original nor a whole turned JPEG.
+    auto checkwhole = [&](const std::string& when) {
+        int turnedcount = 0;
+        for (int i = 0; i < photocount; ++i) {
+            const auto& [original, upright] = kinds[size_t(i) % kinds.size()];
+            if (readbytes(photo(i)) == original)
+                continue;
+            try {
+                EXPECT_LE(maxdifference(decodejpeg(photo(i)), upright), idcttolerance) << when << ": photo " << i;
+            } catch (const std::exception& error) {
+                ADD_FAILURE() << when << ": photo " << i << " is not a whole JPEG: " << error.what();
+            }
+            ++turnedcount;
+        }
+        return turnedcount;
+    };
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_DATA_HOME"_s, datahome.path());
+    for (int round = 0; round < kills; ++round) {
+        for (const QString& name : QDir(photos.path()).entryList(QDir::Files | QDir::Hidden))
+            QFile::remove(photos.filePath(name));
+        for (int i = 0; i < photocount; ++i)
+            writebytes(photo(i), kinds[size_t(i) % kinds.size()].first);
+        // The photo in work at the kill, spread over the list, and how far into it.
+        const int target = 1 + round * (photocount - 2) / kills;
+        const QByteArray announced = u"[%1/%2]"_s.arg(target + 1).arg(photocount).toUtf8();
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setReadChannel(QProcess::StandardError);
+        process.start(QStringLiteral(PIVOTEL_CLI), {photos.path()});
+        QByteArray progress;
+        while (!progress.contains(announced) && process.waitForReadyRead(30000))
+            progress += process.readAllStandardError();
+        QThread::msleep((round * 17) % 70);
+        process.kill();
+        process.waitForFinished(30000);
+        ASSERT_TRUE(progress.contains(announced)) << "round " << round << ": " << progress.constData();
+        // Every photo before the one in work was finished when it was announced.
+        const std::string when = "after the kill at photo " + std::to_string(target);
+        EXPECT_GE(checkwhole(when), target) << when;
+    }
+
+    const CliResult last = runcli({QStringLiteral(PIVOTEL_CLI), photos.path()}, datahome.path());
+    EXPECT_EQ(last.exitcode, 0) << qPrintable(last.err);
+    EXPECT_EQ(checkwhole("after the last run"), photocount);
+    for (int i = 0; i < photocount; ++i)
+        EXPECT_EQ(readtag(photo(i), u"IFD0:Orientation"_s, true), u"1"_s) << i;
+    // Nothing of the killed runs is left: not beside the photos, not in the data folder.
+    EXPECT_EQ(QDir(photos.path()).entryList(QDir::Files | QDir::Hidden).size(), photocount);
+    EXPECT_EQ(QDir(datahome.filePath(u"com.zenthori.pivotel"_s)).entryList(QDir::Files | QDir::Hidden),
+              QStringList{u"xtemp.lock"_s});
 }
 
-TEST_F(Killed, EveryPhotoStaysWholeWithTheDataFolderOnAnotherFileSystem) {
-    QTemporaryDir datahome(QStringLiteral("/dev/shm/pivotel-XXXXXX")); // working files beside the photos
-    killrepeatedly(datahome.path());
-}
+INSTANTIATE_TEST_SUITE_P(DataFolder, Killed, ::testing::Values(false, true),
+                         [](const auto& info) { return info.param ? "OnAnotherFileSystem" : "BesideThePhotos"; });

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <cstdio>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
