@@ -28,13 +28,18 @@ TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
     }
     savesettings(stores[0]);
     EXPECT_EQ(QJsonDocument::fromJson(readbytes(settingslocation())).object(),
-              (QJsonObject{{u"onlyloadwhenneeded"_s, true}, {u"preservedates"_s, true}, {u"normalprocessall"_s, true},
-                           {u"useexiforientation"_s, false}, {u"uselosslessrotation"_s, false},
+              (QJsonObject{{u"onlyloadwhenneeded"_s, true},
+                           {u"preservedates"_s, true},
+                           {u"normalprocessall"_s, true},
+                           {u"useexiforientation"_s, false},
+                           {u"uselosslessrotation"_s, false},
                            {u"jpgquality"_s, u"55.9"_s}}));
 }
 
 TEST(SettingsStore, TrustsOnlyValuesOfTheirOwnType) {
-    auto quality = [](const char* text) { return Settings{.jpgquality = QString::fromLatin1(text)}; };
+    auto quality = [](const char* text) {
+        return Settings{.jpgquality = QString::fromLatin1(text)};
+    };
     const struct {
         const char* stored; // the file as another program or an older version may have left it
         Settings loaded;
@@ -44,7 +49,7 @@ TEST(SettingsStore, TrustsOnlyValuesOfTheirOwnType) {
             "useexiforientation": "false", "uselosslessrotation": 0, "jpgquality": 42})",
          Settings()},
         {R"({"jpgquality": false, "uselosslessrotation": false})", Settings{.uselosslessrotation = false}},
-        {R"({"jpgquality": "0"})", quality("80")}, // stands for the old default
+        {R"({"jpgquality": "0"})", quality("80")},   // stands for the old default
         {R"({"jpgquality": "0  "})", quality("80")}, // blanks on the right don't count
         {R"({"jpgquality": " 0"})", quality(" 0")},  // blanks on the left do
         {R"({"jpgquality": "00"})", quality("00")},

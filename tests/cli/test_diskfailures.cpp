@@ -34,16 +34,20 @@ void expectuntouched(const QString& folder, const QString& datahome, const char*
     for (int i = 0; i < 2; ++i)
         writebytes(folder + u"/photo %1.jpg"_s.arg(i), bytes);
     prepare(bytes.size());
-    const CliResult run = runcli(runas + QStringList{QStringLiteral(PIVOTEL_CLI), u"--json"_s, folder}, datahome);
+    const CliResult run =
+        runcli(runas + QStringList{QStringLiteral(PIVOTEL_CLI), u"--json"_s, folder}, datahome);
     EXPECT_EQ(run.exitcode, 1) << why << ": " << qPrintable(run.err);
     const QJsonArray failed = QJsonDocument::fromJson(run.out.toUtf8())[u"failed"_s].toArray();
     EXPECT_EQ(failed.size(), 2) << why << ": " << qPrintable(run.err);
     for (const QJsonValue& entry : failed)
-        EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(why))) << qPrintable(entry[u"reason"_s].toString());
+        EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(why)))
+            << qPrintable(entry[u"reason"_s].toString());
     for (int i = 0; i < 2; ++i)
         EXPECT_EQ(readbytes(folder + u"/photo %1.jpg"_s.arg(i)), bytes) << why;
     EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden).size(), 2) << why;
-    EXPECT_EQ(QDir(datahome + u"/com.zenthori.pivotel"_s).entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}), QStringList()) << why;
+    EXPECT_EQ(QDir(datahome + u"/com.zenthori.pivotel"_s).entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}),
+              QStringList())
+        << why;
 }
 
 } // namespace
@@ -74,19 +78,22 @@ TEST(DiskFailures, AFullDiskLeavesEveryPhotoAndSaysSo) {
         bool dataondisk; // the working file in the data folder on the full disk, else beside the photo
         qint64 copies;   // how many copies of a photo there is room for, beyond 16 kB
         const char* why;
-    } cases[] = {{true, 0, "No space left on device"}, {false, 0, "No space left on device"},
+    } cases[] = {{true, 0, "No space left on device"},
+                 {false, 0, "No space left on device"},
                  {true, 1, "can't be set upright"}}; // room for the working file, not for the tool's copy
     for (const auto& c : cases) {
         const QString disk = top.filePath(u"disk%1"_s.arg(&c - cases));
         QDir().mkpath(disk);
         ASSERT_EQ(::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m"), 0);
         QDir().mkpath(disk + u"/photos"_s);
-        expectuntouched(disk + u"/photos"_s, c.dataondisk ? disk + u"/data"_s : elsewhere.path(), c.why, [&](qint64 largest) {
-            struct statvfs fs {};
-            ::statvfs(QFile::encodeName(disk).constData(), &fs);
-            const qint64 room = 16 * 1024 + c.copies * (largest + 8 * 1024);
-            writebytes(disk + u"/filler"_s, QByteArray(qint64(fs.f_bavail) * qint64(fs.f_frsize) - room, 'f'));
-        });
+        expectuntouched(disk + u"/photos"_s, c.dataondisk ? disk + u"/data"_s : elsewhere.path(), c.why,
+                        [&](qint64 largest) {
+                            struct statvfs fs {};
+                            ::statvfs(QFile::encodeName(disk).constData(), &fs);
+                            const qint64 room = 16 * 1024 + c.copies * (largest + 8 * 1024);
+                            writebytes(disk + u"/filler"_s,
+                                       QByteArray(qint64(fs.f_bavail) * qint64(fs.f_frsize) - room, 'f'));
+                        });
         ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH);
     }
 }

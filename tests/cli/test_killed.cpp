@@ -25,15 +25,20 @@ class Killed : public ::testing::TestWithParam<bool> {};
 // The data folder on the photos' file system (the working file in it), or on another one (the
 // working files beside the photos).
 TEST_P(Killed, EveryPhotoStaysWhole) {
-    QTemporaryDir scratch, photos, datahome(GetParam() ? u"/dev/shm/pivotel-XXXXXX"_s : QDir::tempPath() + u"/pivotel-XXXXXX"_s);
+    QTemporaryDir scratch, photos,
+        datahome(GetParam() ? u"/dev/shm/pivotel-XXXXXX"_s : QDir::tempPath() + u"/pivotel-XXXXXX"_s);
     const int kills = qEnvironmentVariableIntValue("PIVOTEL_STRESS") == 1 ? 16 : 3;
     std::vector<std::pair<QByteArray, Pixels>> kinds; // the original, and the turned one as it must decode
     for (const auto& [orientation, action] : {std::pair{6, Action::Rotate90Clockwise},
-                                              {8, Action::Rotate90Counterclockwise}, {3, Action::Rotate180}}) {
+                                              {8, Action::Rotate90Counterclockwise},
+                                              {3, Action::Rotate180}}) {
         writetaggedphoto(scratch.filePath(u"t.jpg"_s), 320, 240, orientation, 300);
-        kinds.emplace_back(readbytes(scratch.filePath(u"t.jpg"_s)), turned(decodejpeg(scratch.filePath(u"t.jpg"_s)), action));
+        kinds.emplace_back(readbytes(scratch.filePath(u"t.jpg"_s)),
+                           turned(decodejpeg(scratch.filePath(u"t.jpg"_s)), action));
     }
-    auto photo = [&photos](int i) { return photos.filePath(u"photo %1.jpg"_s.arg(i, 2, 10, '0'_L1)); };
+    auto photo = [&photos](int i) {
+        return photos.filePath(u"photo %1.jpg"_s.arg(i, 2, 10, '0'_L1));
+    };
     // How many photos are turned; fails for one neither the original nor a whole turned JPEG.
     auto checkwhole = [&](const std::string& when) {
         int turnedcount = 0;
@@ -42,7 +47,8 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
             if (readbytes(photo(i)) == original)
                 continue;
             try {
-                EXPECT_LE(maxdifference(decodejpeg(photo(i)), upright), idcttolerance) << when << ": photo " << i;
+                EXPECT_LE(maxdifference(decodejpeg(photo(i)), upright), idcttolerance)
+                    << when << ": photo " << i;
             } catch (const std::exception& error) {
                 ADD_FAILURE() << when << ": photo " << i << " is not a whole JPEG: " << error.what();
             }
@@ -87,5 +93,6 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
               QStringList{u"xtemp.lock"_s});
 }
 
-INSTANTIATE_TEST_SUITE_P(DataFolder, Killed, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "OnAnotherFileSystem" : "BesideThePhotos"; });
+INSTANTIATE_TEST_SUITE_P(DataFolder, Killed, ::testing::Values(false, true), [](const auto& info) {
+    return info.param ? "OnAnotherFileSystem" : "BesideThePhotos";
+});

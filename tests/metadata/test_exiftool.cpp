@@ -22,17 +22,28 @@ const ToolMode bothmodes[] = {ToolMode::StayOpen, ToolMode::OneShot};
 
 TEST(ExifTool, OddPathsReachTheToolUnchanged) {
     QTemporaryDir dir;
-    const QString names[] = {u"with blank.jpg"_s,   u"quote's \"double\".jpg"_s, u"\u00C9t\u00E9 \u65E5\u672C.jpg"_s,
-                             u"-leading dash.jpg"_s, u"--"_s, u"#hash.jpg"_s, u" leading blank.jpg"_s,
-                             u"trailing blank.jpg "_s, u"tab\there.jpg"_s, u"back\\slash $status ${status}.jpg"_s,
-                             u"-execute1"_s, u"line\nbreak.jpg"_s, u"carriage\rreturn.jpg"_s, u"ends in a line break\n"_s};
+    const QString names[] = {u"with blank.jpg"_s,
+                             u"quote's \"double\".jpg"_s,
+                             u"\u00C9t\u00E9 \u65E5\u672C.jpg"_s,
+                             u"-leading dash.jpg"_s,
+                             u"--"_s,
+                             u"#hash.jpg"_s,
+                             u" leading blank.jpg"_s,
+                             u"trailing blank.jpg "_s,
+                             u"tab\there.jpg"_s,
+                             u"back\\slash $status ${status}.jpg"_s,
+                             u"-execute1"_s,
+                             u"line\nbreak.jpg"_s,
+                             u"carriage\rreturn.jpg"_s,
+                             u"ends in a line break\n"_s};
     for (const QString& name : names)
         writepattern(dir.filePath(name), 16, 16);
     for (const ToolMode mode : bothmodes) {
         ExifTool tool(exiftoolpath(), mode);
         for (const QString& name : names) {
             const QString comment = u"seen %1"_s.arg(int(mode)), path = dir.filePath(name);
-            const ToolResult written = tool.run({path, "-Comment="_L1 + comment, u"-overwrite_original_in_place"_s});
+            const ToolResult written =
+                tool.run({path, "-Comment="_L1 + comment, u"-overwrite_original_in_place"_s});
             EXPECT_TRUE(written.ok()) << int(mode) << qPrintable(name) << qPrintable(written.failuretext());
             const ToolResult read = tool.run({u"-s3"_s, u"-Comment"_s, path});
             EXPECT_EQ(QString::fromUtf8(read.out), comment + '\n'_L1) << int(mode) << qPrintable(name);
@@ -65,8 +76,8 @@ TEST(ExifTool, OneProcessServesEveryCommandKeepsEachResultApartAndIsReplacedWhen
     EXPECT_EQ(tool.processid(), pid);
 
     ::kill(pid_t(pid), SIGKILL);
-    for (QFile stat(u"/proc/%1/stat"_s.arg(pid)); stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z ");
-         stat.close())
+    for (QFile stat(u"/proc/%1/stat"_s.arg(pid));
+         stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z "); stat.close())
         QThread::msleep(5); // until it is dead, a zombie or gone
     const ToolResult after = tool.run({u"-s3"_s, u"-FileName"_s, photo});
     EXPECT_EQ(after.out, "p.jpg\n") << qPrintable(after.failuretext());
@@ -91,9 +102,10 @@ TEST(ExifTool, AToolThatHangsDiesOrIsMissingIsAFailureWithAReason) {
     QTemporaryDir dir;
     // Hangs the first time it is started, and is the real tool after that.
     const QByteArray flag = QFile::encodeName(dir.filePath(u"hung-once"_s));
-    const QString hangs = writefaketool(dir.filePath(u"hangs"_s), "if [ ! -e '" + flag + "' ]; then touch '" + flag +
-                                                                    "'; exec sleep 60; fi\nexec '" +
-                                                                    QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
+    const QString hangs =
+        writefaketool(dir.filePath(u"hangs"_s), "if [ ! -e '" + flag + "' ]; then touch '" + flag +
+                                                    "'; exec sleep 60; fi\nexec '" +
+                                                    QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
     const QString dies = writefaketool(dir.filePath(u"dies"_s), "echo 'Error: gone' >&2\nkill -9 $$\n");
     const struct {
         QString toolfile;
@@ -120,10 +132,11 @@ TEST(StartEngine, RunsTheToolWithVerWithoutWaitingAndSkipsAMissingOne) {
     const QString seen = dir.filePath(u"arguments"_s), released = dir.filePath(u"released"_s);
     // The tool notes its arguments, then waits until the test lets it go: startengine must have
     // returned long before. It says when it ends, so that it never outlives the folder.
-    const QString tool = writefaketool(dir.filePath(u"exiftool"_s),
-                                       u"echo \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
-                                       "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%2.done'\n"_s.arg(seen, released)
-                                           .toUtf8());
+    const QString tool =
+        writefaketool(dir.filePath(u"exiftool"_s),
+                      u"echo \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
+                      "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%2.done'\n"_s.arg(seen, released)
+                          .toUtf8());
     EXPECT_FALSE(startengine(dir.filePath(u"missing/exiftool"_s)));
     EXPECT_TRUE(startengine(tool));
     writebytes(released, "go"); // only reached because startengine didn't wait

@@ -32,8 +32,9 @@ class MetadataSteps : public ::testing::Test {
     QString file(const QString& name) const { return dir.filePath(name); }
     // The orientation and both resolutions of the photo's own EXIF block, as numbers.
     QString upright(const QString& path) const {
-        return readtag(path, u"IFD0:Orientation"_s, true) + ' '_L1 + readtag(path, u"IFD0:XResolution"_s, true) +
-               ' '_L1 + readtag(path, u"IFD0:YResolution"_s, true);
+        return readtag(path, u"IFD0:Orientation"_s, true) + ' '_L1 +
+               readtag(path, u"IFD0:XResolution"_s, true) + ' '_L1 +
+               readtag(path, u"IFD0:YResolution"_s, true);
     }
 
     QTemporaryDir dir, data;
@@ -51,13 +52,14 @@ TEST_F(MetadataSteps, TheTransplantCarriesTheExifGroupOfTheUntouchedPhotoAndNoth
     ExifTransplant transplant(tool, pexif);
     ASSERT_TRUE(transplant.extractexiftofile(photo));
     EXPECT_EQ(transplant.dumpfile(), pexif + "/1.xml"_L1);
-    EXPECT_TRUE(readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n")); // the tool's text and a line end
+    EXPECT_TRUE(
+        readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n")); // the tool's text and a line end
     ASSERT_TRUE(transplant.copycr2tojpgexif(target));
     const auto before = alltags(photo), after = alltags(target);
-    for (const char* tag : {"IFD0:Make", "IFD0:Model", "IFD0:Orientation", "IFD0:XResolution",
-                            "ExifIFD:DateTimeOriginal", "ExifIFD:ExposureTime", "ExifIFD:FNumber", "ExifIFD:ISO",
-                            "ExifIFD:ExposureCompensation", "ExifIFD:UserComment", "GPS:GPSLatitude",
-                            "GPS:GPSLongitude", "GPS:GPSAltitude"})
+    for (const char* tag :
+         {"IFD0:Make", "IFD0:Model", "IFD0:Orientation", "IFD0:XResolution", "ExifIFD:DateTimeOriginal",
+          "ExifIFD:ExposureTime", "ExifIFD:FNumber", "ExifIFD:ISO", "ExifIFD:ExposureCompensation",
+          "ExifIFD:UserComment", "GPS:GPSLatitude", "GPS:GPSLongitude", "GPS:GPSAltitude"})
         EXPECT_EQ(after.value(QLatin1String(tag)), before.value(QLatin1String(tag))) << tag;
     // Only the EXIF group travels: XMP and IPTC stay behind.
     EXPECT_FALSE(after.contains(u"XMP-dc:Title"_s) || after.contains(u"IPTC:Keywords"_s));
@@ -106,8 +108,9 @@ TEST_F(MetadataSteps, TheXmpLibraryCarriesTheTiffPropertiesIntoTheExifBlock) {
         ASSERT_TRUE(xmpupright(c.path, c.dpi)) << qPrintable(c.path);
         EXPECT_EQ(upright(c.path), u"1 %1 %1"_s.arg(c.dpi));
         const auto after = alltags(c.path);
-        for (const char* tag : {"IFD0:Make", "ExifIFD:ExposureTime", "ExifIFD:DateTimeOriginal", "Canon:SerialNumber",
-                                "ICC_Profile:ProfileDescription", "XMP-dc:Title", "IPTC:City"})
+        for (const char* tag :
+             {"IFD0:Make", "ExifIFD:ExposureTime", "ExifIFD:DateTimeOriginal", "Canon:SerialNumber",
+              "ICC_Profile:ProfileDescription", "XMP-dc:Title", "IPTC:City"})
             EXPECT_EQ(after.value(QLatin1String(tag)), before.value(QLatin1String(tag))) << tag;
         EXPECT_EQ(decodejpeg(c.path).width, 32);
     }
@@ -124,8 +127,9 @@ TEST_F(MetadataSteps, TheRewriteEndsUprightOrFailsWithAReasonAndTheToolChangesNo
         // An orientation in the XMP packet must not say otherwise.
         EXPECT_NE(readtag(photo, u"XMP-tiff:Orientation"_s, true), u"8"_s);
         auto after = alltags(photo);
-        for (const char* changes : {"IFD0:Orientation", "IFD0:XResolution", "IFD0:YResolution", "XMP-tiff:Orientation",
-                                    "System:FileModifyDate", "System:FileAccessDate", "System:FileInodeChangeDate"})
+        for (const char* changes :
+             {"IFD0:Orientation", "IFD0:XResolution", "IFD0:YResolution", "XMP-tiff:Orientation",
+              "System:FileModifyDate", "System:FileAccessDate", "System:FileInodeChangeDate"})
             before.remove(QLatin1String(changes)), after.remove(QLatin1String(changes));
         EXPECT_EQ(t == &tool ? after : before, before);
     }

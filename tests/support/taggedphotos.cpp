@@ -9,6 +9,8 @@
 #include <QtEndian>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace pivotel::test {
 
 namespace {
@@ -47,43 +49,37 @@ QByteArray iccprofile(const QString& description) {
 void writetaggedphoto(const QString& path, int width, int height, int orientation, int dpi) {
     writepattern(path, width, height);
     QTemporaryDir parts;
-    const QString icc = parts.filePath(QStringLiteral("profile.icc"));
-    const QString makernote = parts.filePath(QStringLiteral("makernote.bin"));
-    writebytes(icc, iccprofile(QStringLiteral("Pivotel test RGB")));
+    const QString icc = parts.filePath(u"profile.icc"_s), makernote = parts.filePath(u"makernote.bin"_s);
+    writebytes(icc, iccprofile(u"Pivotel test RGB"_s));
     // A Canon maker note whose values all lie within its entries (model id, serial number), so
     // that it reads the same wherever a writer moves it.
     writebytes(makernote,
                QByteArray::fromHex("0002 0010000400000001 80000213 000c000400000001 0012d687 00000000"));
-    const QString n = QString::number(orientation), d = QString::number(dpi);
-    writetags(path,
-              QString::fromUtf8(
-                  "-JFIF:all=\n-EXIF:Make=Canon\n-EXIF:Model=Canon EOS 5D\n-ICC_Profile<=" + icc.toUtf8() +
-                  "\n-MakerNotes<=" + makernote.toUtf8() + "\n-EXIF:Orientation#=" + n.toUtf8() +
-                  "\n-EXIF:XResolution=" + d.toUtf8() + "\n-EXIF:YResolution=" + d.toUtf8() +
-                  "\n-EXIF:ResolutionUnit=inches\n"
-                  "-EXIF:DateTimeOriginal=2021:07:14 10:11:12\n"
-                  "-EXIF:CreateDate=2021:07:14 10:11:12\n-EXIF:ModifyDate=2021:07:15 08:00:00\n"
-                  "-EXIF:ExposureTime=1/250\n-EXIF:FNumber=5.6\n-EXIF:ISO=400\n"
-                  "-EXIF:FocalLength=35\n-EXIF:ExposureCompensation=-2/3\n"
-                  "-EXIF:Artist=A. Photographer\n-EXIF:Copyright=(c) 2021 A. Photographer\n"
-                  "-EXIF:UserComment=Harbour at dawn\n-GPSLatitude=43.2965\n"
-                  "-GPSLatitudeRef=N\n-GPSLongitude=5.3698\n-GPSLongitudeRef=E\n"
-                  "-GPSAltitude=12.5\n-GPSAltitudeRef=0\n-XMP-dc:Title=Harbour\n"
-                  "-XMP-dc:Creator=A. Photographer\n-XMP-xmp:Rating=4\n"
-                  "-XMP-lr:HierarchicalSubject=Places|Marseille\n-IPTC:Keywords=boats\n"
-                  "-IPTC:Keywords=sea\n-IPTC:City=Marseille\n-IPTC:By-line=A. Photographer")
-                  .split(QLatin1Char('\n')));
+    writetags(path, QStringList{"-ICC_Profile<="_L1 + icc, "-MakerNotes<="_L1 + makernote,
+                                "-EXIF:Orientation#="_L1 + QString::number(orientation),
+                                "-EXIF:XResolution="_L1 + QString::number(dpi),
+                                "-EXIF:YResolution="_L1 + QString::number(dpi)} +
+                        QString::fromUtf8(R"(-JFIF:all=; -EXIF:Make=Canon; -EXIF:Model=Canon EOS 5D;
+        -EXIF:ResolutionUnit=inches; -EXIF:DateTimeOriginal=2021:07:14 10:11:12; -EXIF:ISO=400;
+        -EXIF:CreateDate=2021:07:14 10:11:12; -EXIF:ModifyDate=2021:07:15 08:00:00; -EXIF:FNumber=5.6;
+        -EXIF:ExposureTime=1/250; -EXIF:FocalLength=35; -EXIF:ExposureCompensation=-2/3;
+        -EXIF:Artist=A. Photographer; -EXIF:Copyright=(c) 2021 A. Photographer; -EXIF:UserComment=Harbour at dawn;
+        -GPSLatitude=43.2965; -GPSLatitudeRef=N; -GPSLongitude=5.3698; -GPSLongitudeRef=E; -GPSAltitude=12.5;
+        -GPSAltitudeRef=0; -XMP-dc:Title=Harbour; -XMP-dc:Creator=A. Photographer; -XMP-xmp:Rating=4;
+        -XMP-lr:HierarchicalSubject=Places|Marseille; -IPTC:Keywords=boats; -IPTC:Keywords=sea;
+        -IPTC:City=Marseille; -IPTC:By-line=A. Photographer)")
+                            .simplified()
+                            .split(u"; "_s));
 }
 
 QMap<QString, QString> alltags(const QString& path) {
-    const QString json = exiftool({QStringLiteral("-j"), QStringLiteral("-G1"), QStringLiteral("-a"),
-                                   QStringLiteral("-s"), QStringLiteral("-struct"), path});
+    const QString json = exiftool({u"-j"_s, u"-G1"_s, u"-a"_s, u"-s"_s, u"-struct"_s, path});
     const QJsonArray files = QJsonDocument::fromJson(json.toUtf8()).array();
     if (files.size() != 1)
         throw std::runtime_error("the tool gave no tags for " + path.toStdString());
     QMap<QString, QString> tags;
     const QJsonObject object = files[0].toObject();
-    for (auto it = object.begin(); it != object.end(); ++it) {
+    for (auto it = object.begin(); it != object.end(); ++it) { // numbers as numbers, the rest as text
         const QJsonValue v = it.value();
         tags.insert(it.key(), v.isString()   ? v.toString()
                               : v.isDouble() ? QString::number(v.toDouble(), 'g', 17)

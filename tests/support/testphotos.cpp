@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 
 namespace pivotel::test {
@@ -30,12 +31,17 @@ void encode(const QString& path, const unsigned char* pixels, int width, int hei
     writebytes(path, QByteArray(reinterpret_cast<const char*>(jpeg), qsizetype(size)));
 }
 
-std::vector<HeaderSegment> segmentsof(const QString& path, QByteArray& header) {
-    auto read = readjpegheader(path);
-    if (!read)
+// The segments of the header whose marker is wanted, whole or only their bodies.
+QList<QByteArray> segments(const QString& path, const std::function<bool(int)>& wanted, bool bodies) {
+    const auto header = readjpegheader(path);
+    if (!header)
         fail(QStringLiteral("no JPEG header in %1").arg(path));
-    header = std::move(read).value();
-    return headersegments(header);
+    QList<QByteArray> found;
+    for (const HeaderSegment& segment : headersegments(header.value())) {
+        if (wanted(segment.marker))
+            found << (bodies ? segment.body() : segment.bytes).toByteArray();
+    }
+    return found;
 }
 
 } // namespace
@@ -129,32 +135,17 @@ void writebytes(const QString& path, const QByteArray& bytes) {
 }
 
 QList<QByteArray> appsegments(const QString& path) {
-    QByteArray header;
-    QList<QByteArray> segments;
-    for (const HeaderSegment& segment : segmentsof(path, header)) {
-        if ((segment.marker >= 0xE0 && segment.marker <= 0xEF) || segment.marker == 0xFE)
-            segments << segment.bytes.toByteArray();
-    }
-    return segments;
+    return segments(
+        path, [](int marker) { return (marker >= 0xE0 && marker <= 0xEF) || marker == 0xFE; }, false);
 }
 
 bool isprogressive(const QString& path) {
-    QByteArray header;
-    for (const HeaderSegment& segment : segmentsof(path, header)) {
-        if (segment.marker == 0xC0 || segment.marker == 0xC1 || segment.marker == 0xC2)
-            return segment.marker == 0xC2;
-    }
-    return false;
+    return !segmentbodies(path, 0xC2).isEmpty();
 }
 
 QList<QByteArray> segmentbodies(const QString& path, unsigned char marker) {
-    QByteArray header;
-    QList<QByteArray> bodies;
-    for (const HeaderSegment& segment : segmentsof(path, header)) {
-        if (segment.marker == marker)
-            bodies << segment.body().toByteArray();
-    }
-    return bodies;
+    return segments(
+        path, [marker](int found) { return found == marker; }, true);
 }
 
 void insertsegment(const QString& path, unsigned char marker, const QByteArray& body) {
