@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QByteArray>
+#include "support/testphotos.h"
+
 #include <QMap>
-#include <QString>
 
 namespace pivotel::test {
 

@@ -1,6 +1,7 @@
 #include "metadata/exiftool.h"
+#include "metadata/exiftransplant.h"
 #include "metadata/startengine.h"
-#include "support/testphotos.h"
+#include "support/taggedphotos.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -143,4 +144,26 @@ TEST(StartEngine, RunsTheToolWithVerWithoutWaitingAndSkipsAMissingOne) {
     for (QDeadlineTimer deadline(30000); !QFile::exists(released + ".done"_L1) && !deadline.hasExpired();)
         QThread::msleep(20);
     EXPECT_EQ(readbytes(seen), "-ver\n");
+}
+
+// The rotators have carried the EXIF block already: a tool that refuses the photo loses nothing,
+// while one that can't run at all must not pass for done. (The runs' tests cover the rest.)
+TEST(ExifTransplant, AToolThatRefusesIsNoFailureOneThatCantRunIs) {
+    QTemporaryDir dir;
+    const QString photo = dir.filePath(u"tagged.jpg"_s), text = dir.filePath(u"text.jpg"_s);
+    writetaggedphoto(photo, 16, 16, 6, 300);
+    writebytes(text, "not a photo at all");
+    ExifTool tool(exiftoolpath()), dying(writefaketool(dir.filePath(u"dying"_s), "kill -9 $$\n"));
+    ExifTransplant transplant(tool, dir.filePath(u"pexif"_s)), broken(dying, dir.filePath(u"pexif"_s));
+    EXPECT_TRUE(transplant.extractexiftofile(dir.filePath(u"gone.jpg"_s)));
+    EXPECT_EQ(readbytes(transplant.dumpfile()), "\n"); // nothing to copy later
+    ASSERT_TRUE(transplant.extractexiftofile(photo));
+    EXPECT_TRUE(
+        readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n")); // the tool's text and a line end
+    EXPECT_TRUE(transplant.copycr2tojpgexif(text));
+    EXPECT_EQ(readbytes(text), "not a photo at all");
+    EXPECT_EQ(broken.extractexiftofile(photo).reason(),
+              u"the metadata dump failed: the metadata tool stopped unexpectedly"_s);
+    EXPECT_EQ(broken.copycr2tojpgexif(photo).reason(),
+              u"copying the EXIF block back failed: the metadata tool stopped unexpectedly"_s);
 }
