@@ -26,10 +26,9 @@ inline QImage pictureof(const Pixels& pixels) {
 // A grey picture of the first channel.
 inline QImage greypictureof(const Pixels& pixels) {
     QImage image(pixels.width, pixels.height, QImage::Format_Grayscale8);
-    for (int y = 0; y < pixels.height; ++y) {
+    for (int y = 0; y < pixels.height; ++y)
         for (int x = 0; x < pixels.width; ++x)
             image.scanLine(y)[x] = pixels.at(x, y)[0];
-    }
     return image;
 }
 
