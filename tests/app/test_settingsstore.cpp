@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 using namespace pivotel;
-using namespace pivotel::test;
 using namespace Qt::StringLiterals;
 
 TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
@@ -27,52 +26,41 @@ TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
         EXPECT_EQ(loadsettings(), stored);
     }
     savesettings(stores[0]);
-    EXPECT_EQ(QJsonDocument::fromJson(readbytes(settingslocation())).object(),
-              (QJsonObject{{u"onlyloadwhenneeded"_s, true},
-                           {u"preservedates"_s, true},
-                           {u"normalprocessall"_s, true},
-                           {u"useexiforientation"_s, false},
-                           {u"uselosslessrotation"_s, false},
-                           {u"jpgquality"_s, u"55.9"_s}}));
+    EXPECT_EQ(
+        QJsonDocument::fromJson(test::readbytes(settingslocation())).toJson(QJsonDocument::Compact),
+        R"({"jpgquality":"55.9","normalprocessall":true,"onlyloadwhenneeded":true,"preservedates":true,)"
+        R"("useexiforientation":false,"uselosslessrotation":false})");
 }
 
 TEST(SettingsStore, TrustsOnlyValuesOfTheirOwnType) {
-    auto quality = [](const char* text) {
-        return Settings{.jpgquality = QString::fromLatin1(text)};
-    };
-    const struct {
-        const char* stored; // the file as another program or an older version may have left it
-        Settings loaded;
-    } cases[] = {
-        {"", Settings()}, // nothing stored
+    // The file as another program or an older version may have left it, and what loads from it.
+    const std::pair<const char*, Settings> cases[] = {
+        {"", {}}, // nothing stored
         {R"({"onlyloadwhenneeded": "true", "preservedates": 1, "normalprocessall": {"x": true},
             "useexiforientation": "false", "uselosslessrotation": 0, "jpgquality": 42})",
-         Settings()},
-        {R"({"jpgquality": false, "uselosslessrotation": false})", Settings{.uselosslessrotation = false}},
-        {R"({"jpgquality": "0"})", quality("80")},   // stands for the old default
-        {R"({"jpgquality": "0  "})", quality("80")}, // blanks on the right don't count
-        {R"({"jpgquality": " 0"})", quality(" 0")},  // blanks on the left do
-        {R"({"jpgquality": "00"})", quality("00")},
-        {R"({"jpgquality": "150"})", quality("150")}, // held in range only where it is used
-        {R"({"jpgquality": "abc"})", quality("abc")},
-        {R"({"jpgquality": ""})", quality("")},
-        {"{ not json", Settings()},
-    };
+         {}},
+        {R"({"jpgquality": false, "uselosslessrotation": false})", {.uselosslessrotation = false}},
+        {R"({"jpgquality": "0"})", {.jpgquality = u"80"_s}},   // stands for the old default
+        {R"({"jpgquality": "0  "})", {.jpgquality = u"80"_s}}, // blanks on the right don't count
+        {R"({"jpgquality": " 0"})", {.jpgquality = u" 0"_s}},  // blanks on the left do
+        {R"({"jpgquality": "00"})", {.jpgquality = u"00"_s}},
+        {R"({"jpgquality": "150"})", {.jpgquality = u"150"_s}}, // held in range only where it is used
+        {R"({"jpgquality": "abc"})", {.jpgquality = u"abc"_s}},
+        {R"({"jpgquality": ""})", {.jpgquality = u""_s}},
+        {"{ not json", {}}};
     QDir().mkpath(QFileInfo(settingslocation()).path());
     int edit = 0;
-    for (const auto& c : cases) {
+    for (const auto& [stored, loaded] : cases) {
         QFile::remove(settingslocation());
-        if (*c.stored) {
-            writebytes(settingslocation(), c.stored);
-            // Each edit later than the one before, as edits are: the store reads a file again
-            // when its size or time has changed, and two quick edits may share both.
-            QFile file(settingslocation());
-            file.open(QIODevice::ReadWrite);
+        QFile file(settingslocation());
+        // Each edit later than the one before, as edits are: the store reads a file again when its
+        // size or time has changed, and two quick edits may share both.
+        if (*stored && file.open(QIODevice::WriteOnly) && file.write(stored) > 0 && file.flush())
             file.setFileTime(QDateTime::currentDateTime().addSecs(++edit), QFileDevice::FileModificationTime);
-        }
-        EXPECT_EQ(loadsettings(), c.loaded) << c.stored;
+        file.close();
+        EXPECT_EQ(loadsettings(), loaded) << stored;
     }
     // And saving over an unreadable file gives a sound store again.
-    savesettings(Settings{.preservedates = true});
+    savesettings({.preservedates = true});
     EXPECT_EQ(loadsettings(), Settings{.preservedates = true});
 }
