@@ -65,7 +65,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
                            "Rotate 90\u00BA Clockwise\t%3\nRotate 180\u00BA\t%4\n"_s.arg(
                                path(u"odd"_s), path(u"eight"_s), path(u"six"_s), path(u"three"_s));
     const timespec old[2] = {{981173106, 0}, {981173106, 123456789}};
-    const char* byorientation = "odd eight six sub/six three";
+    const char* turnable = "odd eight six sub/six three";
     struct Case {
         const char* arguments; // DIR is the folder, a short name the photo, "nowhere" a missing one
         int exitcode;
@@ -76,7 +76,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         int tolerance = idcttolerance;
     };
     std::vector<Case> cases{
-        {"--json DIR", 1, "notes.jpg: not a readable JPEG photo", u"\"turned\": 5"_s, byorientation},
+        {"--json DIR", 1, "notes.jpg: not a readable JPEG photo", u"\"turned\": 5"_s, turnable},
         {"--dry-run --no-recursive -- DIR", 1, "would be", dryrun, ""},
         {"-- odd", 0, "Turned 1 photo", {}, "odd"},
         {"--preserve-dates six", 0, "Turned 1 photo", {}, "six"},
@@ -84,13 +84,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--action=asis six", 0, "Turned 0 photos, skipped 1", {}, ""},
         {"one", 0, "Turned 0 photos, skipped 1", {}, ""},
         {"six nowhere", 1, "nowhere: no such file or folder", {}, "six"},
-        {"--reencode --quality=100 DIR",
-         1,
-         "Re-encoded 5 photos, skipped 2, failed 1",
-         {},
-         byorientation,
-         1,
-         8},
+        {"--reencode --quality=100 DIR", 1, "Re-encoded 5 photos, skipped 2, failed 1", {}, turnable, 1, 8},
         {"--reencode six", 0, "Re-encoded 1 photo", {}, "six", 8, 100}, // quality 75
         {"--reencode --process-all --quality=10 --json one plain six", 0, "Re-encoded 3 photos, skipped 0",
          u"\"turned\": 3"_s, "one plain six", 80, 100},
