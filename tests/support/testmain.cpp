@@ -1,15 +1,23 @@
 // Test programs start here, with the data folder and the settings in a temporary directory.
+// Widget test programs (PIVOTEL_TEST_GUI) get a QApplication.
 
 #include "support/isolatedhome.h"
 
-#include <QCoreApplication>
-
 #include <gtest/gtest.h>
+#ifdef PIVOTEL_TEST_GUI
+#include <QApplication>
+using Application = QApplication;
+#else
+#include <QCoreApplication>
+using Application = QCoreApplication;
+#endif
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
     isolatehome(home);
-    QCoreApplication app(argc, argv);
+    // The window's update check at start goes nowhere: no test reaches the maker's server.
+    qputenv("PIVOTEL_UPDATE_URL", "https://127.0.0.1:1/ver/pivotel.txt");
+    Application app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

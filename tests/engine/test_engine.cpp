@@ -1,0 +1,423 @@
+// The rotators, and runs over photos in a temporary folder with a data folder of their own: what
+// each photo becomes, what survives its turn, what a failing step leaves; and the rewrite under it.
+
+#include "engine/losslessrotate.h"
+#include "engine/normalrotate.h"
+#include "engine/photorewrite.h"
+#include "engine/runsession.h"
+#include "engine/turnedpicture.h"
+#include "jpeg/decode.h"
+#include "jpeg/probe.h"
+#include "support/othercolours.h"
+#include "support/taggedphotos.h"
+#include "support/testpictures.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QTemporaryDir>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+using namespace pivotel;
+using namespace pivotel::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class Rotators : public ::testing::Test {
+  protected:
+    Status rotate(bool lossless, Action action, int quality = 100) {
+        return lossless ? losslesstransform(source, target, action)
+                        : normalrotatenew(source, action, target, quality).status();
+    }
+    QTemporaryDir dir;
+    const QString source = dir.filePath(u"source.jpg"_s), target = dir.filePath(u"target.jpg"_s);
+};
+
+class Runs : public ::testing::Test {
+  protected:
+    PhotoRow row(const QString& name, Action action = Action::Rotate90Clockwise) const {
+        return {name, action, dir.filePath(name)};
+    }
+    QString upright(const QString& path) const { // orientation and both resolutions, as numbers
+        return readtag(path, u"IFD0:Orientation"_s, true) + ' '_L1 +
+               readtag(path, u"IFD0:XResolution"_s, true) + ' '_L1 +
+               readtag(path, u"IFD0:YResolution"_s, true);
+    }
+    QStringList files(const QString& folder) const {
+        return QDir(folder).entryList(QDir::Files | QDir::Hidden);
+    }
+
+    // Runs the session to its end; `stopat` asks it to stop when that photo starts.
+    std::vector<PhotoReport> run(const WorkList& work, const RunOptions& options = {},
+                                 const QString& toolfile = exiftoolpath(), qint64 stopat = -1) {
+        RunSession session(work, options, {data.path(), toolfile});
+        QObject::connect(
+            &session, &RunSession::photostarted, &session,
+            [&](qint64 index, const QString& name) {
+                started << u"%1 %2"_s.arg(index).arg(name);
+                if (index == stopat)
+                    session.requeststop();
+            },
+            Qt::DirectConnection);
+        QObject::connect(
+            &session, &RunSession::photofinished, &session, [&](const PhotoReport&) { ++finished; },
+            Qt::DirectConnection);
+        session.start();
+        EXPECT_TRUE(session.wait(QDeadlineTimer(120000)));
+        return session.reports();
+    }
+
+    QTemporaryDir dir, data, otherfs{u"/dev/shm/pivotel-XXXXXX"_s};
+    QStringList started;
+    int finished = 0;
+};
+
+} // namespace
+
+TEST_F(Rotators, EveryActionTurnsThePixelsExactlyAndKeepsTheColourSpace) {
+    // Whole blocks, partial ones (nothing may be cut or added), grey (with the mark in its channel).
+    const std::tuple<int, int, Sampling, bool> sources[] = {
+        {64, 48, Sampling::S444, false}, {61, 45, Sampling::S420, false}, {40, 24, Sampling::S444, true}};
+    for (const bool lossless : {true, false}) {
+        for (const auto& [width, height, sampling, grey] : sources) {
+            Pixels pixels = pattern(width, height);
+            for (size_t i = 0; grey && i < pixels.rgb.size(); i += 3)
+                pixels.rgb[i] = pixels.rgb[i] / 2 + (pixels.rgb[i + 2] > 100 ? 120 : 0);
+            grey ? writegrey(source, pixels) : writejpeg(source, pixels, 95, sampling);
+            const Pixels original = decodejpeg(source);
+            for (const Action action : allactions) {
+                SCOPED_TRACE((lossless ? "lossless " : "re-encoded ") + std::to_string(width) + " " +
+                             labelof(action).toStdString());
+                ASSERT_TRUE(rotate(lossless, action));
+                const Pixels result = decodejpeg(target);
+                EXPECT_EQ(result.width, turned(original, action).width);
+                EXPECT_EQ(result.height, turned(original, action).height);
+                EXPECT_EQ(isprogressive(target), lossless);
+                EXPECT_EQ(probejpeg(target)->colorspace, grey ? JpegColorSpace::Grey : JpegColorSpace::YCbCr);
+                // The partial edge blocks of a lossless turn stay where they stood. Re-encoding at
+                // quality 100 moves a pixel by a few steps; a wrong turn moves some by over 100.
+                for (const Action other : allactions) {
+                    const int difference = maxdifference(result, turned(original, other));
+                    EXPECT_TRUE(
+                        (lossless && width % 8) ||
+                        (other == action ? difference <= (lossless ? idcttolerance : 8) : difference > 100))
+                        << qPrintable(labelof(other)) << " " << difference;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Rotators, CarryEveryMarkerProfileAndResolution) {
+    writepattern(source, 64, 48);
+    writetags(source, {u"-Make=Pivotel Test"_s, u"-XMP-dc:Title=Harbour"_s, u"-IPTC:Keywords=boats"_s,
+                       u"-Comment=kept"_s, u"-JFIF:ResolutionUnit=inches"_s, u"-JFIF:XResolution=300"_s,
+                       u"-JFIF:YResolution=300"_s});
+    QByteArray profile(100000, Qt::Uninitialized); // two APP2 chunks
+    for (qsizetype i = 0; i < profile.size(); ++i)
+        profile[i] = char(i % 253);
+    insertsegment(source, 0xE2, QByteArray("ICC_PROFILE\0\x02\x02", 14) + profile.mid(65519));
+    insertsegment(source, 0xE2, QByteArray("ICC_PROFILE\0\x01\x02", 14) + profile.left(65519));
+
+    ASSERT_TRUE(rotate(true, Action::Rotate90Clockwise));
+    auto sorted = [](QList<QByteArray> segments) {
+        std::sort(segments.begin(), segments.end());
+        return segments;
+    };
+    EXPECT_EQ(sorted(appsegments(target)), sorted(appsegments(source)));
+
+    const auto rotated = normalrotatenew(source, Action::Rotate90Clockwise, target, 80);
+    ASSERT_TRUE(rotated) << qPrintable(rotated.reason());
+    EXPECT_EQ(rotated->jpgdpi, 300);
+    const auto result = decodepicture(target);
+    EXPECT_EQ(result->colorprofile, profile);
+    EXPECT_EQ(result->jpgdpi, 300);
+    EXPECT_EQ(readtag(target, u"JFIF:ResolutionUnit"_s, true), u"1"_s);
+    for (const char* tag : {"Make", "XMP-dc:Title", "IPTC:Keywords", "Comment"})
+        EXPECT_EQ(readtag(target, QLatin1String(tag)), readtag(source, QLatin1String(tag))) << tag;
+    // What the encoder writes anew (one JFIF header, the profile's two chunks) isn't copied as well.
+    EXPECT_EQ(segmentbodies(target, 0xE0).size() * 10 + segmentbodies(target, 0xE2).size(), 12);
+}
+
+TEST_F(Rotators, ReencodeAtTheQualityAskedWithOptimisedTables) {
+    writepattern(source, 96, 64);
+    // The quality as libjpeg scales the standard table's luminance DC step of 16; chroma halved
+    // both ways below 90.
+    const std::tuple<int, int, JpegSampling> cases[] = {{10, 80, JpegSampling::S420},
+                                                        {50, 16, JpegSampling::S420},
+                                                        {89, 4, JpegSampling::S420},
+                                                        {90, 3, JpegSampling::S444},
+                                                        {100, 1, JpegSampling::S444}};
+    // The luminance AC table of the JPEG standard's annex K, by code length.
+    const QByteArray standard = QByteArray::fromHex("1000020103030204030505040400 00017d");
+    for (const auto& [quality, luminancedc, sampling] : cases) {
+        ASSERT_TRUE(rotate(false, Action::Rotate180, quality));
+        EXPECT_EQ(segmentbodies(target, 0xDB).value(0).at(1), luminancedc) << quality;
+        EXPECT_EQ(probejpeg(target)->sampling, sampling) << quality;
+        for (const QByteArray& table : segmentbodies(target, 0xC4))
+            EXPECT_FALSE(table.startsWith(standard)) << quality;
+    }
+    // No profile in, none out; no resolution in, 72 out.
+    EXPECT_TRUE(segmentbodies(target, 0xE2).isEmpty());
+    EXPECT_EQ(readtag(target, u"JFIF:XResolution"_s), u"72"_s);
+}
+
+TEST(TurnedPicture, MovesEveryPixelExactlyInStripsOfAnyHeight) {
+    const std::pair<QImage::Format, QImage::Format> formats[] = {
+        // others are taken as RGBX
+        {QImage::Format_RGB888, QImage::Format_RGB888},
+        {QImage::Format_Grayscale8, QImage::Format_Grayscale8},
+        {QImage::Format_RGB32, QImage::Format_RGBX8888}};
+    for (const auto& [in, out] : formats) {
+        for (const QSize& size : {QSize(64, 48), QSize(61, 45), QSize(1, 7), QSize(7, 1)}) {
+            const Pixels source = pattern(size.width(), size.height());
+            const QImage picture = in == QImage::Format_Grayscale8 ? greypictureof(source)
+                                                                   : pictureof(source).convertToFormat(in);
+            for (const Action action : allactions) {
+                const TurnedPicture t(picture, action);
+                EXPECT_EQ(t.format(), out);
+                for (const int strip : {16, 5, 1}) { // as the encoder takes it; rows need not touch
+                    const qsizetype stride = qsizetype(t.width()) * t.bytesperpixel() + 5;
+                    std::vector<unsigned char> rows(size_t(stride) * t.height());
+                    for (int first = 0; first < t.height(); first += strip)
+                        t.copyrows(first, std::min(strip, t.height() - first), &rows[size_t(first * stride)],
+                                   stride);
+                    EXPECT_EQ(maxdifference(
+                                  pixelsof(QImage(rows.data(), t.width(), t.height(), stride, t.format())),
+                                  turned(pixelsof(picture), action)),
+                              0)
+                        << size.width() << "x" << size.height() << " " << qPrintable(labelof(action)) << " "
+                        << strip;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Runs, ReportEveryPhotoInOrderTurnTheOnesTheyCanAndStopAfterThePhotoInWork) {
+    for (const char* name : {"cw.jpg", "flip.jpg", "after.jpg"})
+        writepattern(dir.filePath(QLatin1String(name)), 48, 32);
+    writebytes(dir.filePath(u"damaged.jpg"_s), readbytes(dir.filePath(u"cw.jpg"_s)).left(700));
+    const Pixels before = decodejpeg(dir.filePath(u"cw.jpg"_s));
+    const WorkList work{row(u"cw.jpg"_s), row(u"gone.jpg"_s, Action::Rotate180), row(u"damaged.jpg"_s),
+                        row(u"flip.jpg"_s, Action::FlipLeft), row(u"after.jpg"_s)};
+    const QByteArray damaged = readbytes(work[2].path), after = readbytes(work[4].path);
+    const auto reports = run(work, {}, exiftoolpath(), 3);
+
+    ASSERT_EQ(reports.size(), 4u);
+    const PhotoOutcome outcomes[] = {PhotoOutcome::Turned, PhotoOutcome::Missing, PhotoOutcome::Failed,
+                                     PhotoOutcome::Turned};
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(reports[i].outcome, outcomes[i]) << i;
+        EXPECT_EQ(reports[i].index, qint64(i));
+        EXPECT_EQ(reports[i].photo.path, work[i].path);
+    }
+    EXPECT_EQ(started, (QStringList{u"0 cw.jpg"_s, u"1 gone.jpg"_s, u"2 damaged.jpg"_s, u"3 flip.jpg"_s}));
+    EXPECT_EQ(finished, 4);
+    for (const size_t i : {0, 3})
+        EXPECT_LE(maxdifference(decodejpeg(work[i].path), turned(before, work[i].action)), idcttolerance);
+    EXPECT_EQ(readbytes(work[2].path), damaged);
+    EXPECT_TRUE(reports[2].reason.contains(u"damaged"_s)) << qPrintable(reports[2].reason);
+    EXPECT_EQ(readbytes(work[4].path), after);
+    EXPECT_EQ(files(data.path()), QStringList{u"xtemp.lock"_s});
+}
+
+TEST_F(Runs, ALosslessRunKeepsEveryTagAndTheDatesAskedAndEndsUpright) {
+    // A line break can't travel through the long-lived tool's argument stream: that photo's
+    // commands go to processes of their own. The other names are odd to the tool's reader.
+    const std::tuple<QString, int, Action, int> photos[] = {
+        // dpi 0: none at all, which ends as 72
+        {u"line\nbreak.jpg"_s, 6, Action::Rotate90Clockwise, 300},
+        {u"-dash 'quote' \"\u00E9t\u00E9\".jpg"_s, 8, Action::Rotate90Counterclockwise, 240},
+        {u"#hash.jpg"_s, 3, Action::Rotate180, 300},
+        {u"mirrored.jpg"_s, 2, Action::FlipLeft, 72}, // its X resolution 72.5, cut to a whole number
+        {u"bare.jpg"_s, 1, Action::Rotate90Clockwise, 0}};
+    const timespec times[2] = {{981173106, 123456789}, {978307200, 987654321}}; // accessed, modified
+    WorkList work;
+    std::vector<QMap<QString, QString>> tags;
+    std::vector<QList<QByteArray>> profiles;
+    std::vector<Pixels> pixels;
+    for (const auto& [name, orientation, action, dpi] : photos) {
+        work.push_back(row(name, action));
+        writetaggedphoto(work.back().path, 48, 32, orientation, dpi ? dpi : 72);
+        // An orientation in the XMP packet must not say otherwise afterwards.
+        writetags(work.back().path, dpi ? QStringList{u"-XMP-tiff:Orientation#=8"_s,
+                                                      u"-EXIF:XResolution=%1"_s.arg(dpi == 72 ? 72.5 : dpi)}
+                                        : QStringList{u"-all="_s});
+        tags.push_back(alltags(work.back().path));
+        profiles.push_back(segmentbodies(work.back().path, 0xE2));
+        pixels.push_back(decodejpeg(work.back().path));
+        ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(work.back().path).constData(), times, 0), 0);
+    }
+    const auto reports = run(work, {.preservedates = true});
+    ASSERT_EQ(reports.size(), work.size());
+    for (size_t i = 0; i < work.size(); ++i) {
+        const auto& [name, orientation, action, dpi] = photos[i];
+        const QString& path = work[i].path;
+        struct stat st {}; // before anything here reads the photo
+        ::stat(QFile::encodeName(path).constData(), &st);
+        EXPECT_TRUE(st.st_mtim.tv_sec == times[1].tv_sec && st.st_mtim.tv_nsec == times[1].tv_nsec &&
+                    st.st_atim.tv_sec == times[0].tv_sec && st.st_atim.tv_nsec == times[0].tv_nsec);
+        EXPECT_EQ(reports[i].outcome, PhotoOutcome::Turned)
+            << qPrintable(name) << qPrintable(reports[i].reason);
+        EXPECT_LE(maxdifference(decodejpeg(path), turned(pixels[i], action)), idcttolerance)
+            << qPrintable(name);
+        EXPECT_EQ(upright(path), u"1 %1 %1"_s.arg(dpi ? dpi : 72)) << qPrintable(name);
+        EXPECT_EQ(segmentbodies(path, 0xE2), profiles[i]) << qPrintable(name);
+        const auto after = alltags(path);
+        EXPECT_TRUE(!dpi ||
+                    after.value(u"XMP-tiff:Orientation"_s) != tags[i].value(u"XMP-tiff:Orientation"_s));
+        // What a turn changes, and what describes the file rather than the photo.
+        const QStringList changes{u"IFD0:Orientation"_s,     u"File:ImageWidth"_s,     u"File:ImageHeight"_s,
+                                  u"File:EncodingProcess"_s, u"Composite:ImageSize"_s, u"SourceFile"_s,
+                                  u"XMP-tiff:Orientation"_s, u"IFD0:XResolution"_s};
+        for (auto it = tags[i].begin(); it != tags[i].end(); ++it) {
+            const bool changed = it.key().startsWith("System:"_L1) || changes.contains(it.key());
+            EXPECT_EQ(changed ? it.value() : after.value(it.key(), u"(gone)"_s), it.value())
+                << qPrintable(it.key());
+        }
+        EXPECT_EQ(after.contains(u"IFD0:Make"_s), dpi != 0); // nothing of the photo before
+    }
+    // The last photo's dump stays until the next run needs the name.
+    EXPECT_TRUE(readbytes(data.filePath(u"pexif/1.xml"_s)).contains("bare.jpg"));
+}
+
+TEST_F(Runs, WithoutTheToolPhotosAreStillTurnedAndUprightWithTheirOwnResolutionAndNewDates) {
+    // The XMP library rewrites the EXIF block from its own copy: the other tags must survive it.
+    const QStringList kept{
+        u"IFD0:Make"_s,          u"ExifIFD:ExposureTime"_s,           u"ExifIFD:DateTimeOriginal"_s,
+        u"Canon:SerialNumber"_s, u"ICC_Profile:ProfileDescription"_s, u"XMP-dc:Title"_s,
+        u"IPTC:City"_s};
+    const timespec times[2] = {{981173106, 0}, {978307200, 987654321}};
+    WorkList work;
+    std::vector<QMap<QString, QString>> tags;
+    for (const int dpi : {300, 240, 0}) { // 0: none, which ends as 72
+        work.push_back(row(u"%1.jpg"_s.arg(dpi)));
+        writetaggedphoto(work.back().path, 48, 32, 6, dpi);
+        if (!dpi)
+            writetags(work.back().path, {u"-EXIF:XResolution="_s, u"-EXIF:YResolution="_s});
+        ::utimensat(AT_FDCWD, QFile::encodeName(work.back().path).constData(), times, 0);
+        tags.push_back(alltags(work.back().path));
+    }
+    // A dump of an earlier photo must not outlive its photo, tool or no tool.
+    QDir().mkpath(data.filePath(u"pexif"_s));
+    writebytes(data.filePath(u"pexif/1.xml"_s), "stale");
+
+    const auto reports = run(work, {}, dir.filePath(u"no-such-tool"_s));
+    ASSERT_EQ(reports.size(), work.size());
+    for (size_t i = 0; i < work.size(); ++i) {
+        EXPECT_NE(QFileInfo(work[i].path).lastModified().toSecsSinceEpoch(), times[1].tv_sec);
+        EXPECT_EQ(reports[i].outcome, PhotoOutcome::Turned) << qPrintable(reports[i].reason);
+        EXPECT_EQ(decodejpeg(work[i].path).width, 32);
+        EXPECT_EQ(upright(work[i].path), u"1 %1 %1"_s.arg(i == 0 ? 300 : i == 1 ? 240 : 72));
+        const auto after = alltags(work[i].path);
+        for (const QString& tag : kept)
+            EXPECT_EQ(after.value(tag), tags[i].value(tag)) << qPrintable(tag);
+    }
+    EXPECT_FALSE(QFile::exists(data.filePath(u"pexif/1.xml"_s)));
+}
+
+TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
+    const QString dying = writefaketool(dir.filePath(u"dying-tool"_s), "kill -9 $$\n");
+    const QString notool = dir.filePath(u"no-such-tool"_s);
+    writetaggedphoto(dir.filePath(u"tagged.jpg"_s), 48, 32, 6, 300);
+    // Its EXIF block is damaged: the photo turns, but no writer will set its orientation tag.
+    writepattern(dir.filePath(u"exif.jpg"_s), 48, 32);
+    insertsegment(dir.filePath(u"exif.jpg"_s), 0xE1, QByteArray("Exif\0\0XX\0\x2a\0\0\0\x08", 14));
+    writepattern(dir.filePath(u"jpeg.HEIC"_s), 256, 256); // JPEG data that a file dialog let in
+    QByteArray garbled = readbytes(dir.filePath(u"jpeg.HEIC"_s));
+    writebytes(dir.filePath(u"truncated.jpg"_s), garbled.left(900));
+    writebytes(dir.filePath(u"garbled.jpg"_s),
+               garbled.replace(garbled.size() / 2, 64, QByteArray(64, '\xFF')));
+    writebytes(dir.filePath(u"text.jpg"_s), "hello");
+    writecmyk(dir.filePath(u"cmyk.jpg"_s), 16, 16);
+
+    const RunOptions lossless, reencode{.uselosslessrotation = false};
+    const std::tuple<QString, QString, RunOptions, QString> cases[] = {
+        {u"tagged.jpg"_s, dying, lossless,
+         u"the metadata dump failed: the metadata tool stopped unexpectedly"_s},
+        {u"exif.jpg"_s, exiftoolpath(), lossless, u"the orientation tag can't be set upright: "_s},
+        {u"exif.jpg"_s, notool, lossless, u"(the metadata tool is missing)"_s},
+        {u"truncated.jpg"_s, exiftoolpath(), lossless, u""_s},
+        {u"garbled.jpg"_s, exiftoolpath(), lossless, u""_s},
+        {u"text.jpg"_s, exiftoolpath(), lossless, u""_s},
+        {u"truncated.jpg"_s, exiftoolpath(), reencode, u"can't be decoded"_s},
+        {u"cmyk.jpg"_s, exiftoolpath(), reencode, u"CMYK"_s},
+        {u"jpeg.HEIC"_s, exiftoolpath(), reencode, u"isn't named as a JPEG file"_s}};
+    const QStringList before = files(dir.path());
+    for (const auto& [name, toolfile, options, says] : cases) {
+        const QByteArray bytes = readbytes(dir.filePath(name));
+        const auto reports = run({row(name)}, options, toolfile);
+        ASSERT_EQ(reports.size(), 1u) << qPrintable(name);
+        EXPECT_EQ(reports[0].outcome, PhotoOutcome::Failed) << qPrintable(name);
+        EXPECT_TRUE(reports[0].reason.contains(says) && !reports[0].reason.isEmpty())
+            << qPrintable(reports[0].reason);
+        EXPECT_EQ(readbytes(dir.filePath(name)), bytes) << qPrintable(name);
+        EXPECT_EQ(files(dir.path()), before) << qPrintable(name);
+        EXPECT_FALSE(QFile::exists(data.filePath(u"xtemp.jpg"_s))) << qPrintable(name);
+    }
+}
+
+TEST_F(Runs, ARewriteTouchesThePhotoOnlyByACompleteCommitThatKeepsItsPermissionBits) {
+    const QString photo = dir.filePath(u"p.jpg"_s);
+    EXPECT_FALSE(PhotoRewrite::begin(photo, data.path()));      // missing
+    EXPECT_FALSE(PhotoRewrite::begin(dir.path(), data.path())); // a folder
+    // The working file lies in the data folder on the photo's file system, else beside the photo.
+    for (const QString& datafolder : {data.path(), otherfs.path()}) {
+        writebytes(photo, "old content");
+        ::chmod(QFile::encodeName(photo).constData(), 0640);
+        QString working;
+        {
+            auto rewrite = PhotoRewrite::begin(photo, datafolder);
+            ASSERT_TRUE(rewrite) << qPrintable(rewrite.reason());
+            working = rewrite.value()->workingpath();
+            EXPECT_EQ(QFileInfo(working).path(), datafolder == data.path() ? datafolder : dir.path());
+            EXPECT_FALSE(rewrite.value()->commit()); // a working file that never got content
+            writebytes(working, "half");
+        } // ended uncommitted
+        EXPECT_FALSE(QFile::exists(working));
+        EXPECT_EQ(readbytes(photo), "old content");
+
+        auto rewrite = PhotoRewrite::begin(photo, datafolder);
+        writebytes(rewrite.value()->workingpath(), "new content");
+        EXPECT_EQ(readbytes(photo), "old content");
+        ASSERT_TRUE(rewrite.value()->commit());
+        EXPECT_EQ(readbytes(photo), "new content");
+        struct stat st {};
+        EXPECT_EQ(::stat(QFile::encodeName(photo).constData(), &st) == 0 ? st.st_mode & 07777 : 0, 0640u);
+        EXPECT_EQ(files(dir.path()), QStringList{u"p.jpg"_s});
+    }
+    // Nor may a photo that vanished meanwhile come back.
+    auto rewrite = PhotoRewrite::begin(photo, data.path());
+    writebytes(rewrite.value()->workingpath(), "new content");
+    QFile::remove(photo);
+    EXPECT_FALSE(rewrite.value()->commit());
+    EXPECT_FALSE(QFile::exists(photo));
+}
+
+TEST_F(Runs, CleaningLeftoversLeavesTheWorkingFileOfARunStillGoing) {
+    const QString photo = dir.filePath(u"p.jpg"_s);
+    writebytes(photo, "old content");
+    int ready[2], done[2];
+    ASSERT_EQ(::pipe(ready) | ::pipe(done), 0);
+    char byte = 0;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        auto rewrite = PhotoRewrite::begin(photo, data.path());
+        writebytes(rewrite.value()->workingpath(), "new content");
+        (void)!::write(ready[1], &byte, 1);
+        (void)!::read(done[0], &byte, 1); // until the parent has tried to clean
+        ::_exit(rewrite.value()->commit() ? 0 : 1);
+    }
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    cleanleftovers(data.path());
+    EXPECT_TRUE(QFile::exists(data.filePath(u"xtemp.jpg"_s)));
+    ASSERT_EQ(::write(done[1], &byte, 1), 1);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(readbytes(photo), "new content");
+}

@@ -1,0 +1,156 @@
+#include "metadata/exiftool.h"
+#include "metadata/exiftransplant.h"
+#include "metadata/startengine.h"
+#include "support/taggedphotos.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+#include <csignal>
+#include <gtest/gtest.h>
+
+using namespace pivotel;
+using namespace pivotel::test;
+using namespace Qt::StringLiterals;
+
+static const ToolMode bothmodes[] = {ToolMode::StayOpen, ToolMode::OneShot};
+
+TEST(ExifTool, OddPathsReachTheToolUnchanged) {
+    QTemporaryDir dir;
+    const QStringList names =
+        u"with blank.jpg|quote's \"double\".jpg|\u00C9t\u00E9 \u65E5\u672C.jpg|-leading dash.jpg|--|"
+        "#hash.jpg| leading blank.jpg|trailing blank.jpg |tab\there.jpg|-execute1|"
+        "back\\slash $status ${status}.jpg|line\nbreak.jpg|carriage\rreturn.jpg|ends in a line break\n"_s
+            .split(u'|');
+    for (const QString& name : names)
+        writepattern(dir.filePath(name), 16, 16);
+    for (const ToolMode mode : bothmodes) {
+        ExifTool tool(exiftoolpath(), mode);
+        for (const QString& name : names) {
+            const QString comment = u"seen %1"_s.arg(int(mode)), path = dir.filePath(name);
+            const ToolResult written =
+                tool.run({path, "-Comment="_L1 + comment, u"-overwrite_original_in_place"_s});
+            EXPECT_TRUE(written.ok()) << int(mode) << qPrintable(name) << qPrintable(written.failuretext());
+            const ToolResult read = tool.run({u"-s3"_s, u"-Comment"_s, path});
+            EXPECT_EQ(QString::fromUtf8(read.out), comment + '\n'_L1) << int(mode) << qPrintable(name);
+        }
+    }
+    // Nothing else appeared: each path named the file it was meant to.
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), names.size());
+}
+
+TEST(ExifTool, OneProcessServesEveryCommandKeepsEachResultApartAndIsReplacedWhenItDies) {
+    QTemporaryDir dir;
+    const QString photo = dir.filePath(u"p.jpg"_s), missing = dir.filePath(u"missing.jpg"_s);
+    writepattern(photo, 16, 16);
+    writetags(photo, {u"-Make=First"_s});
+    ExifTool tool(exiftoolpath(), ToolMode::StayOpen);
+    const ToolResult first = tool.run({u"-s3"_s, u"-Make"_s, photo});
+    const qint64 pid = tool.processid();
+    ASSERT_NE(pid, 0);
+    const ToolResult failed = tool.run({u"-s3"_s, u"-Make"_s, missing});
+    const ToolResult warned = tool.run({u"-s3"_s, u"-Make"_s, photo, photo});
+    const ToolResult last = tool.run({u"-s3"_s, u"-Make"_s, photo});
+    EXPECT_TRUE(first.ok() && first.err.isEmpty());
+    EXPECT_EQ(first.out, "First\n");
+    EXPECT_EQ(failed.exitcode, 1);
+    EXPECT_TRUE(failed.out.isEmpty());
+    EXPECT_EQ(failed.failuretext(), u"File not found"_s);
+    EXPECT_TRUE(warned.ok()) << warned.err.constData();
+    EXPECT_TRUE(last.ok() && last.err.isEmpty()) << last.err.constData();
+    EXPECT_EQ(last.out, "First\n");
+    EXPECT_EQ(tool.processid(), pid);
+
+    ::kill(pid_t(pid), SIGKILL);
+    for (QFile stat(u"/proc/%1/stat"_s.arg(pid));
+         stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z "); stat.close())
+        QThread::msleep(5); // until it is dead, a zombie or gone
+    const ToolResult after = tool.run({u"-s3"_s, u"-FileName"_s, photo});
+    EXPECT_EQ(after.out, "p.jpg\n") << qPrintable(after.failuretext());
+    EXPECT_NE(tool.processid(), 0);
+    EXPECT_NE(tool.processid(), pid);
+}
+
+TEST(ExifTool, AnOutputLargerThanAPipeIsReadWhole) {
+    QTemporaryDir dir;
+    const QString photo = dir.filePath(u"big.jpg"_s), comment = dir.filePath(u"comment.txt"_s);
+    writepattern(photo, 16, 16);
+    writebytes(comment, QByteArray(2 * 1024 * 1024, 'x')); // far beyond a pipe's 64 kB
+    writetags(photo, {"-Comment<="_L1 + comment});
+    for (const ToolMode mode : bothmodes) {
+        const ToolResult dump = ExifTool(exiftoolpath(), mode).run({u"-X"_s, u"-struct"_s, photo});
+        EXPECT_GT(dump.out.size(), 2 * 1024 * 1024) << int(mode);
+        EXPECT_TRUE(dump.ok() && dump.out.trimmed().endsWith("</rdf:RDF>")) << int(mode);
+    }
+}
+
+TEST(ExifTool, AToolThatHangsDiesOrIsMissingIsAFailureWithAReason) {
+    QTemporaryDir dir;
+    // Hangs the first time it is started, and is the real tool after that.
+    const QByteArray flag = QFile::encodeName(dir.filePath(u"hung-once"_s));
+    const QString hangs =
+        writefaketool(dir.filePath(u"hangs"_s), "if [ ! -e '" + flag + "' ]; then touch '" + flag +
+                                                    "'; exec sleep 60; fi\nexec '" +
+                                                    QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
+    const QString dies = writefaketool(dir.filePath(u"dies"_s), "echo 'Error: gone' >&2\nkill -9 $$\n");
+    const struct {
+        QString toolfile;
+        QString says;
+        bool nextok; // the next command runs in a new process
+    } cases[] = {{hangs, u"the metadata tool did not answer in time"_s, true},
+                 {dies, u"the metadata tool stopped unexpectedly"_s, false},
+                 {dir.filePath(u"no-such-tool"_s), u"the metadata tool could not be started"_s, false}};
+    for (const auto& c : cases) {
+        for (const ToolMode mode : bothmodes) {
+            QFile::remove(QFile::decodeName(flag));
+            ExifTool tool(c.toolfile, mode, 3000);
+            const ToolResult result = tool.run({u"-ver"_s});
+            EXPECT_FALSE(result.ok());
+            EXPECT_EQ(result.failuretext(), c.says) << int(mode);
+            EXPECT_EQ(tool.processid(), 0) << int(mode);
+            EXPECT_EQ(tool.run({u"-ver"_s}).ok(), c.nextok) << qPrintable(c.says) << int(mode);
+        }
+    }
+}
+
+TEST(StartEngine, RunsTheToolWithVerWithoutWaitingAndSkipsAMissingOne) {
+    QTemporaryDir dir;
+    const QString seen = dir.filePath(u"arguments"_s), released = dir.filePath(u"released"_s);
+    // The tool notes its arguments, then waits until the test lets it go: startengine must have
+    // returned long before. It says when it ends, so that it never outlives the folder.
+    const QString tool =
+        writefaketool(dir.filePath(u"exiftool"_s),
+                      u"echo \"$@\" > '%1.part' && mv '%1.part' '%1'\n"
+                      "while [ ! -e '%2' ]; do sleep 0.05; done\ntouch '%2.done'\n"_s.arg(seen, released)
+                          .toUtf8());
+    EXPECT_FALSE(startengine(dir.filePath(u"missing/exiftool"_s)));
+    EXPECT_TRUE(startengine(tool));
+    writebytes(released, "go"); // only reached because startengine didn't wait
+    for (QDeadlineTimer deadline(30000); !QFile::exists(released + ".done"_L1) && !deadline.hasExpired();)
+        QThread::msleep(20);
+    EXPECT_EQ(readbytes(seen), "-ver\n");
+}
+
+// The rotators have carried the EXIF block already: a tool that refuses the photo loses nothing,
+// while one that can't run at all must not pass for done. (The runs' tests cover the rest.)
+TEST(ExifTransplant, AToolThatRefusesIsNoFailureOneThatCantRunIs) {
+    QTemporaryDir dir;
+    const QString photo = dir.filePath(u"tagged.jpg"_s), text = dir.filePath(u"text.jpg"_s);
+    writetaggedphoto(photo, 16, 16, 6, 300);
+    writebytes(text, "not a photo at all");
+    ExifTool tool(exiftoolpath()), dying(writefaketool(dir.filePath(u"dying"_s), "kill -9 $$\n"));
+    ExifTransplant transplant(tool, dir.filePath(u"pexif"_s)), broken(dying, dir.filePath(u"pexif"_s));
+    EXPECT_TRUE(transplant.extractexiftofile(dir.filePath(u"gone.jpg"_s)));
+    EXPECT_EQ(readbytes(transplant.dumpfile()), "\n"); // nothing to copy later
+    ASSERT_TRUE(transplant.extractexiftofile(photo));
+    EXPECT_TRUE(
+        readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n")); // the tool's text and a line end
+    EXPECT_TRUE(transplant.copycr2tojpgexif(text));
+    EXPECT_EQ(readbytes(text), "not a photo at all");
+    EXPECT_EQ(broken.extractexiftofile(photo).reason(),
+              u"the metadata dump failed: the metadata tool stopped unexpectedly"_s);
+    EXPECT_EQ(broken.copycr2tojpgexif(photo).reason(),
+              u"copying the EXIF block back failed: the metadata tool stopped unexpectedly"_s);
+}
