@@ -1,0 +1,96 @@
+#include "jpeg/photofixture.h"
+#include "preview/loadpicturefast.h"
+#include "preview/previewfit.h"
+#include "preview/previewpicture.h"
+
+#include <algorithm>
+
+using namespace pivotel;
+using namespace pivotel::test;
+
+using Preview = PhotoFolder;
+
+TEST(PreviewFit, ShrinksToTheViewerAndNeverEnlarges) {
+    const struct {
+        QSize picture, bounds, fitted;
+    } cases[] = {// The width bounds it: 4000/6000 in single precision, times 347, is 231.33.
+                 {{6000, 4000}, {347, 351}, {347, 231}},
+                 // First the width (347 by 520), then the height.
+                 {{4000, 6000}, {347, 351}, {234, 351}},
+                 {{200, 100}, {347, 351}, {200, 100}},
+                 {{347, 351}, {347, 351}, {347, 351}},
+                 {{400, 100}, {347, 351}, {347, 86}},
+                 {{100, 400}, {347, 351}, {87, 351}},
+                 {{348, 352}, {347, 351}, {347, 350}},
+                 {{352, 400}, {347, 351}, {308, 351}},
+                 // 0.7 in single precision is a little less than 0.7: ten times it truncates to 6.
+                 {{1000, 700}, {10, 100}, {10, 6}},
+                 // A line of one pixel keeps one pixel across.
+                 {{1, 5000}, {347, 351}, {1, 351}},
+                 {{5000, 1}, {347, 351}, {347, 1}},
+                 {{1, 1}, {1, 1}, {1, 1}},
+                 // Nothing to show in an empty viewer, nor of an empty picture.
+                 {{6000, 4000}, {0, 351}, {0, 0}},
+                 {{6000, 4000}, {347, 0}, {0, 0}},
+                 {{6000, 4000}, {-5, -5}, {0, 0}},
+                 {{0, 0}, {347, 351}, {0, 0}},
+                 {{0, 4000}, {347, 351}, {0, 0}},
+                 // Here the rounding of the two ratios makes the width and the height steps undo each other.
+                 {{1874033994, 685994433}, {502087620, 183790326}, {502087620, 183790326}}};
+    for (const auto& c : cases)
+        EXPECT_EQ(previewfit(c.picture, c.bounds), c.fitted)
+            << testing::PrintToString(c.picture) << " in " << testing::PrintToString(c.bounds);
+}
+
+TEST_F(Preview, ShowsThePhotoAsItLiesOnDiskFittedToTheViewer) {
+    // EXIF orientation 6, "turn clockwise to view", which the preview doesn't do.
+    const QByteArray six("Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0", 30);
+    // The start of an ISO base media file with a HEIF brand, and no picture in it.
+    const QByteArray heif =
+        QByteArray::fromHex("00000018") + "ftypheic" + QByteArray(4, 0) + "mif1heic" + QByteArray(200, 1);
+    const QSize viewer(347, 351), none(0, 0);
+    const struct {
+        const char* name;
+        QSize photo, shown; // photo: the pattern photo written, none: `content` written instead
+        QByteArray content = {};
+    } cases[] = {{"a.jpg", {1600, 1200}, {347, 260}}, {"b.JPEG", {1200, 1600}, {263, 351}},
+                 {"c.jfif", {3000, 400}, {347, 46}},  {"d.JPG", {200, 100}, {200, 100}},
+                 {"e.jpg", {2, 900}, {1, 351}},       {"six.jpg", {900, 600}, {347, 231}},
+                 {"f.HEIC", {64, 48}, {64, 48}}, // JPEG data
+                 {"g.jpe", {64, 48}, none},      // taken by the dialogs but not previewed
+                 {"h.png", {64, 48}, none},           {"i.heic", none, none, heif},
+                 {"j.jpg", none, none, "text"},       {"missing.jpg", none, none}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (!c.photo.isEmpty())
+            writepattern(file(c.name), c.photo.width(), c.photo.height());
+        else if (!c.content.isEmpty())
+            writebytes(file(c.name), c.content);
+        if (c.name == std::string_view("six.jpg"))
+            insertsegment(file(c.name), 0xE1, six);
+        const QImage shown = previewpicture(file(c.name), viewer);
+        ASSERT_EQ(shown.size(), c.shown);
+        EXPECT_EQ(loadpicturefast(file(c.name)).size(), c.shown.isEmpty() ? none : c.photo);
+        EXPECT_LE(!c.shown.isEmpty() ? meandifference(pixelsof(shown), wholescaled(file(c.name), c.shown))
+                                     : 0,
+                  meantolerance);
+    }
+    EXPECT_TRUE(previewpicture(file("a.jpg"), {0, 0}).isNull());
+}
+
+TEST_F(Preview, FineDetailIsAveragedNotPicked) {
+    // Columns of one pixel, black and white, shrunk with care make an even grey; picking pixels
+    // would give stripes. The first photo is decoded reduced, the second whole.
+    for (const QSize size : {QSize(1600, 1200), QSize(600, 400)}) {
+        Pixels stripes{size.width(), size.height(),
+                       std::vector<unsigned char>(size_t(size.width()) * size.height() * 3)};
+        for (size_t i = 0; i < stripes.rgb.size(); ++i)
+            stripes.rgb[i] = (i / 3) % 2 ? 255 : 0;
+        writejpeg(file("stripes.jpg"), stripes, 95);
+        const Pixels shown = pixelsof(previewpicture(file("stripes.jpg"), {347, 351}));
+        ASSERT_EQ(shown.width, 347);
+        const auto [darkest, lightest] = std::minmax_element(shown.rgb.begin(), shown.rgb.end());
+        EXPECT_GE(*darkest, 127 - 50) << testing::PrintToString(size);
+        EXPECT_LE(*lightest, 127 + 50) << testing::PrintToString(size);
+    }
+}
