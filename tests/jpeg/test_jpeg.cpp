@@ -2,6 +2,7 @@
 #include "jpeg/encode.h"
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
+#include "jpeg/segments.h"
 #include "jpeg/transform.h"
 #include "support/othercolours.h"
 
@@ -13,39 +14,81 @@ using namespace pivotel::test;
 namespace {
 
 // A picture's rows as the encoder takes them.
-class ImageRows : public RowSource {
-  public:
-    explicit ImageRows(QImage image) : image_(std::move(image)) {}
-    int width() const override { return image_.width(); }
-    int height() const override { return image_.height(); }
-    QImage::Format format() const override { return image_.format(); }
-    int bytesperpixel() const override { return image_.depth() / 8; }
+struct ImageRows : RowSource {
+    explicit ImageRows(QImage picture) : image(std::move(picture)) {}
+    int width() const override { return image.width(); }
+    int height() const override { return image.height(); }
+    QImage::Format format() const override { return image.format(); }
+    int bytesperpixel() const override { return image.depth() / 8; }
     void copyrows(int first, int count, unsigned char* out, qsizetype stride) const override {
         for (int y = 0; y < count; ++y)
-            std::memcpy(out + y * stride, image_.constScanLine(first + y), size_t(stride));
+            std::memcpy(out + y * stride, image.constScanLine(first + y), size_t(stride));
     }
-
-  private:
-    QImage image_;
+    QImage image;
 };
 
-using Codec = PhotoFolder;
+using Jpeg = PhotoFolder;
 
 } // namespace
 
-TEST_F(Codec, DecodesEveryPixelAsStoredOrSaysWhyItCannotFaithfully) {
-    writepattern(file("colour.jpg"), 61, 45, Sampling::S420);
-    writetags(file("colour.jpg"), {QStringLiteral("-n"), QStringLiteral("-Orientation=6")}); // not applied
+// What the probe reads of a sound header is tested with the encoder.
+TEST_F(Jpeg, ProbeRefusesWhatGivesNoPicture) {
+    writepattern(file("good.jpg"), 40, 30);
+    const QByteArray bytes = readbytes(file("good.jpg"));
+    // The frame header's height and width fields sit 5 and 7 bytes after the SOF0 marker.
+    const qsizetype sof = bytes.indexOf("\xFF\xC0");
+    const QByteArray cases[] = {"hello", bytes.left(20),
+                                bytes.left(sof + 5) + QByteArray(2, 0) + bytes.mid(sof + 7),
+                                bytes.left(sof + 7) + QByteArray(2, 0) + bytes.mid(sof + 9),
+                                QByteArray::fromHex("89504e470d0a1a0a") + QByteArray(100, 'x')};
+    for (const QByteArray& content : cases) {
+        writebytes(file("bad.jpg"), content);
+        EXPECT_FALSE(probejpeg(file("bad.jpg"))) << content.left(sof + 9).toHex().constData();
+    }
+    EXPECT_FALSE(probejpeg(file("missing.jpg")));
+    EXPECT_FALSE(probejpeg(dir.path()));
+}
+
+TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegments) {
+    writepattern(file("small.jpg"), 8, 8);
+    const QByteArray small = readbytes(file("small.jpg"));
+    writepattern(file("photo.jpg"), 64, 48); // enough coded data to hold stuffed bytes (0xFF 0x00)
+    const QByteArray photo = readbytes(file("photo.jpg"));
+    ASSERT_TRUE(photo.contains(QByteArray("\xFF\x00", 2)));
+    // An EXIF thumbnail is a whole JPEG, end of image included, inside an APP1 segment.
+    insertsegment(file("photo.jpg"), 0xE1, QByteArray("Exif\0\0", 6) + small);
+    const QByteArray withthumbnail = readbytes(file("photo.jpg"));
+    // A motion photo's video follows the picture; so may a camera's further pictures.
+    const QByteArray video = QByteArray::fromHex("00000018") + "ftypmp42" + small + QByteArray(500, '\xFF');
+    const struct {
+        const char* what;
+        QByteArray data;
+        qsizetype end; // -1: refused
+    } cases[] = {{"plain", photo, photo.size()},
+                 {"video after", photo + video, photo.size()},
+                 {"further picture after", photo + small, photo.size()},
+                 {"thumbnail inside", withthumbnail + video, withthumbnail.size()},
+                 {"last byte lost", photo.chopped(1), -1},
+                 {"cut in the scan", photo.left(photo.size() / 2), -1},
+                 {"cut in a segment", withthumbnail.left(40), -1},
+                 {"not a JPEG", video, -1}};
+    for (const auto& c : cases) {
+        const auto end = pictureend(c.data);
+        EXPECT_EQ(end ? *end : -1, c.end) << c.what << ": " << qPrintable(end.reason());
+    }
+}
+
+// Colour pixels are tested with the resolution.
+TEST_F(Jpeg, DecodesEveryPixelAsStoredOrSaysWhyItCannotFaithfully) {
     writegrey(file("grey.jpg"), pattern(40, 30));
-    writebytes(file("truncated.jpg"), readbytes(file("colour.jpg")).chopped(200));
+    writebytes(file("truncated.jpg"), readbytes(file("grey.jpg")).chopped(200));
     writebytes(file("text.jpg"), "not a photo");
     writecmyk(file("cmyk.jpg"), 16, 16);
     const struct {
         const char* name;
         QImage::Format format;
         const char* refusal = nullptr;
-    } cases[] = {{"colour.jpg", QImage::Format_RGBX8888},
-                 {"grey.jpg", QImage::Format_Grayscale8},
+    } cases[] = {{"grey.jpg", QImage::Format_Grayscale8},
                  {"truncated.jpg", {}, "can't be decoded"},
                  {"text.jpg", {}, "can't be decoded"},
                  {"cmyk.jpg", {}, "CMYK"},
@@ -64,7 +107,7 @@ TEST_F(Codec, DecodesEveryPixelAsStoredOrSaysWhyItCannotFaithfully) {
 }
 
 // Whole profiles and plain JFIF densities make the round trip in the engine's tests.
-TEST_F(Codec, DecodesTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
+TEST_F(Jpeg, DecodesThePixelsTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
     const struct {
         const char* tags;
         qint64 jpgdpi;
@@ -75,10 +118,10 @@ TEST_F(Codec, DecodesTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
                   350},
                  {"-EXIF:ResolutionUnit=inches -EXIF:YResolution=72.9", 72}, // cut, not rounded
                  {"-EXIF:ResolutionUnit=cm -EXIF:YResolution=100", 254},
-                 {"-JFIF:all= -EXIF:ResolutionUnit=inches -EXIF:YResolution=240", 240}};
+                 {"-JFIF:all= -n -EXIF:ResolutionUnit=2 -EXIF:YResolution=240 -EXIF:Orientation=6", 240}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.tags);
-        writepattern(file("tagged.jpg"), 32, 24);
+        writepattern(file("tagged.jpg"), 61, 45, Sampling::S420);
         writetags(file("tagged.jpg"), QString::fromLatin1(c.tags).split(QLatin1Char(' ')));
         // A profile whose first chunk is lost is no profile; the photo itself is sound.
         insertsegment(file("tagged.jpg"), 0xE2,
@@ -86,6 +129,8 @@ TEST_F(Codec, DecodesTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
         const auto picture = decodepicture(file("tagged.jpg"));
         ASSERT_TRUE(picture) << qPrintable(picture.reason());
         EXPECT_EQ(picture->jpgdpi, c.jpgdpi);
+        EXPECT_EQ(picture->image.format(), QImage::Format_RGBX8888);
+        EXPECT_EQ(maxdifference(pixelsof(picture->image), decodejpeg(file("tagged.jpg"))), 0); // as stored
         EXPECT_TRUE(picture->colorprofile.isEmpty());
         QList<QByteArray> expected, got;
         for (const QByteArray& segment : appsegments(file("tagged.jpg"))) {
@@ -98,7 +143,7 @@ TEST_F(Codec, DecodesTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
     }
 }
 
-TEST_F(Codec, DecodesReducedAtTheSmallestReductionThatCoversTheShownSize) {
+TEST_F(Jpeg, DecodesReducedAtTheSmallestReductionThatCoversTheShownSize) {
     writepattern(file("big.jpg"), 1601, 1203);
     writegrey(file("grey.jpg"), pattern(40, 30));
     const QSize big(1601, 1203), whole; // whole: no size asked
@@ -131,29 +176,50 @@ TEST_F(Codec, DecodesReducedAtTheSmallestReductionThatCoversTheShownSize) {
     EXPECT_TRUE(decodereduced("not a photo", nullptr).picture.isNull());
 }
 
-TEST_F(Codec, EncodesEveryRowOfEachFormatHalvingChromaOnlyBelowNinety) {
+// The probe reads back what the encoder wrote.
+TEST_F(Jpeg, EncodesEveryRowOfEachFormatHalvingChromaOnlyBelowNinety) {
+    // EXIF blocks whose orientation comes after another tag, in either byte order.
+    const QByteArray mm("Exif\0\0MM\0\x2a\0\0\0\x08\0\x02\x01\x0f\0\x02\0\0\0\x04Tst\0\x01\x12\0\x03\0\0\0"
+                        "\x01\0\x06\0\0\0\0\0\0",
+                        44);
+    const QByteArray ii("Exif\0\0II\x2a\0\x08\0\0\0\x02\0\x0f\x01\x02\0\x04\0\0\0Tst\0\x12\x01\x03\0\x01\0\0"
+                        "\0\x08\0\0\0\0\0\0\0",
+                        44);
     const Pixels source = pattern(50, 300); // taller than the strips the encoder takes at a time
     const struct {
         QImage picture;
         int quality;
+        QByteArray exif;
+        JpegColorSpace colours;
         JpegSampling sampling;
-    } cases[] = {{pictureof(source).convertToFormat(QImage::Format_RGBX8888), 89, JpegSampling::S420},
-                 {pictureof(source), 90, JpegSampling::S444},
-                 {greypictureof(source), 50, JpegSampling::Grey}};
+        std::optional<int> orientation;
+    } cases[] = {{pictureof(source).convertToFormat(QImage::Format_RGBX8888), 89, mm, JpegColorSpace::YCbCr,
+                  JpegSampling::S420, 6},
+                 {pictureof(source), 90, ii, JpegColorSpace::YCbCr, JpegSampling::S444, 8},
+                 {greypictureof(source), 50, {}, JpegColorSpace::Grey, JpegSampling::Grey, std::nullopt}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.quality);
         EncodeSettings settings;
         settings.quality = c.quality;
+        if (!c.exif.isEmpty())
+            settings.segments.push_back({0xE1, c.exif});
         ASSERT_TRUE(encodejpeg(ImageRows(c.picture), settings, file("new.jpg")));
-        EXPECT_EQ(probejpeg(file("new.jpg"))->sampling, c.sampling);
+        const auto probe = probejpeg(file("new.jpg"));
+        ASSERT_TRUE(probe) << qPrintable(probe.reason());
+        EXPECT_EQ(probe->size, QSize(50, 300));
+        EXPECT_EQ(probe->colorspace, c.colours);
+        EXPECT_EQ(probe->sampling, c.sampling);
+        EXPECT_EQ(probe->orientation, c.orientation);
         EXPECT_LE(meandifference(decodejpeg(file("new.jpg")), pixelsof(c.picture)), meantolerance);
     }
     EXPECT_FALSE(encodejpeg(ImageRows(pictureof(source)), {}, file("missing/new.jpg")));
+    writecmyk(file("cmyk.jpg"), 8, 8); // TurboJPEG stores CMYK as YCCK
+    EXPECT_EQ(probejpeg(file("cmyk.jpg"))->colorspace, JpegColorSpace::Ycck);
 }
 
 // Whole blocks turn exactly either way (the engine's tests show it); the policies differ on the
 // partial blocks of a photo whose size isn't whole blocks.
-TEST_F(Codec, TransformKeepHoldsThePhotosSizeTrimTurnsTheWholeBlocksExactly) {
+TEST_F(Jpeg, TransformKeepHoldsThePhotosSizeTrimTurnsTheWholeBlocksExactly) {
     writepattern(file("odd.jpg"), 61, 45, Sampling::S420); // blocks of 16 x 16: 48 x 32 of them whole
     const Pixels original = decodejpeg(file("odd.jpg"));
     const struct {
