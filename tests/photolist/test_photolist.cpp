@@ -9,7 +9,7 @@
 using namespace pivotel;
 using namespace pivotel::test;
 
-TEST(Actions, EachHasOneLabelAndOneTokenReadBackIgnoringTheLabelsCase) {
+TEST(Texts, EachActionHasOneLabelAndOneTokenReadBackIgnoringTheLabelsCaseAndTheCounterCountsPhotos) {
     // In menu order. "º" is U+00BA, the masculine ordinal indicator, not the degree sign.
     const QStringList labels =
         QString::fromUtf8("As Is|Rotate 90º Clockwise|Rotate 90º Counterclockwise|Rotate 180º|Flip Left")
@@ -25,24 +25,15 @@ TEST(Actions, EachHasOneLabelAndOneTokenReadBackIgnoringTheLabelsCase) {
     }
     EXPECT_EQ(actionforlabel(QStringLiteral("Fail")), std::nullopt);
     EXPECT_EQ(actionforlabel(QString::fromUtf8("Rotate 90° Clockwise")), std::nullopt);
+    for (const auto& [count, text] :
+         {std::pair{0, "0 Photos"}, {1, "1 Photo"}, {2, "2 Photos"}, {12345, "12345 Photos"}})
+        EXPECT_EQ(countertext(count), QLatin1String(text));
 }
 
 TEST(Actions, OrientationsThreeSixAndEightAskForATurnNoOtherDoes) {
     const QStringList expected = QStringLiteral("asis asis asis 180 asis asis cw asis ccw asis").split(u' ');
     for (int orientation = 0; orientation < 10; ++orientation)
         EXPECT_EQ(tokenof(actionfororientation(orientation)), expected[orientation]) << orientation;
-}
-
-TEST(Actions, CounterText) {
-    for (const auto& [count, text] :
-         {std::pair{0, "0 Photos"}, {1, "1 Photo"}, {2, "2 Photos"}, {12345, "12345 Photos"}})
-        EXPECT_EQ(countertext(count), QLatin1String(text));
-}
-
-// The folder scan's and the preview's are tested with them.
-TEST(Extensions, LoadFilesTakesHeicTheReencoderJpe) {
-    EXPECT_TRUE(hasextension(QStringLiteral("a.Heic"), extensions::loadfiles()));
-    EXPECT_TRUE(hasextension(QStringLiteral("a.JPE"), extensions::loadpicture()));
 }
 
 TEST(PhotoListModel, ShowsNameLabelAndPathUnderTheirHeaders) {
@@ -148,6 +139,9 @@ TEST_F(Intake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAreMet)
         loadrecursive(dir.path(), recursive, callbacks);
         EXPECT_EQ(seen.join(u' '), QLatin1String(expected));
     }
+    // Load Files takes HEIC too; the re-encoder, what the folder scan takes.
+    EXPECT_TRUE(hasextension(QStringLiteral("a.Heic"), extensions::loadfiles()));
+    EXPECT_TRUE(hasextension(QStringLiteral("a.JPE"), extensions::loadpicture()));
 }
 
 TEST_F(Intake, FolderScanRefreshesAtEveryHundredthItemThatIsAValidPhoto) {
