@@ -22,10 +22,12 @@ constexpr double meantolerance = 2.0;
 
 // The mean difference of all channels of two pictures; pictures of other sizes give 255.
 inline double meandifference(const Pixels& a, const Pixels& b) {
+    if (a.width != b.width || a.height != b.height || a.rgb.empty())
+        return 255;
     double sum = 0;
     for (size_t i = 0; i < a.rgb.size(); ++i)
         sum += std::abs(int(a.rgb[i]) - int(b.rgb[i]));
-    return a.width != b.width || a.height != b.height || a.rgb.empty() ? 255 : sum / double(a.rgb.size());
+    return sum / double(a.rgb.size());
 }
 
 // The whole photo decoded accurately and scaled smoothly to `size`.

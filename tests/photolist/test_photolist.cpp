@@ -147,24 +147,14 @@ TEST_F(Intake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAreMet)
 TEST_F(Intake, FolderScanRefreshesAtEveryHundredthItemThatIsAValidPhoto) {
     for (int i = 0; i < 250; ++i)
         writebytes(dir.filePath(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0'))), "x");
-    for (const auto& [valid, refreshes] : {std::pair{true, 2}, {false, 0}}) {
-        int hundredths = 0, begins = 0, ends = 0;
-        ScanCallbacks callbacks;
-        callbacks.file = [valid](const QString&, const QString&) {
-            return valid;
-        };
-        callbacks.hundredth = [&] {
-            ++hundredths;
-        };
-        callbacks.begin = [&] {
-            ++begins;
-        };
-        callbacks.end = [&] {
-            ++ends;
-        };
-        loadrecursive(dir.path(), true, callbacks);
-        EXPECT_EQ(hundredths, refreshes) << valid;
-        EXPECT_EQ(begins, 1);
-        EXPECT_EQ(ends, 1);
+    for (const auto& [valid, expected] : {std::pair{true, "[hh]"}, {false, "[]"}}) {
+        QString calls; // [ begin, h hundredth, ] end
+        loadrecursive(dir.path(), true,
+                      {[valid](const QString&, const QString&) { return valid; }, [&] { calls += u'h'; },
+                       nullptr, [&] { calls += u'['; },
+                       [&] {
+                           calls += u']';
+                       }});
+        EXPECT_EQ(calls, QLatin1String(expected));
     }
 }
