@@ -68,6 +68,7 @@ TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegment
                  {"last byte lost", photo.chopped(1), -1},
                  {"cut in the scan", photo.left(photo.size() / 2), -1},
                  {"cut in a segment", withthumbnail.left(40), -1},
+                 {"garbage after the JFIF segment", photo.left(20) + "x" + photo.mid(20), -1},
                  {"not a JPEG", video, -1}};
     for (const auto& c : cases) {
         const auto end = pictureend(c.data);
