@@ -82,9 +82,9 @@ TEST(PhotoListModel, TheFileListPacksTheRowsTheRuleTakesInOrderAndOutlivesCleari
     }
 }
 
-using Intake = PhotoFolder;
+using PhotoIntake = PhotoFolder;
 
-TEST_F(Intake, AdmissionFollowsTheOrientationAsTheTwoOptionsSay) {
+TEST_F(PhotoIntake, AdmissionFollowsTheOrientationAsTheTwoOptionsSay) {
     for (const char* name : {"six.jpg", "one.jpg", "plain.jpg"})
         writepattern(file(name), 16, 16);
     writetags(file("six.jpg"), {QStringLiteral("-n"), QStringLiteral("-Orientation=6")});
@@ -117,7 +117,7 @@ TEST_F(Intake, AdmissionFollowsTheOrientationAsTheTwoOptionsSay) {
     }
 }
 
-TEST_F(Intake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAreMet) {
+TEST_F(PhotoIntake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAreMet) {
     // Hidden folders are scanned, packages and other files not, and a link back up can't loop.
     for (const char* name :
          {"a.jpg", "b/c.jpg", "b/d/e.jpg", "f.JPEG", "IMG_10.jpe", "IMG_2.jfif", ".hidden/g.jpg",
@@ -144,7 +144,7 @@ TEST_F(Intake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAreMet)
     EXPECT_TRUE(hasextension(QStringLiteral("a.JPE"), extensions::loadpicture()));
 }
 
-TEST_F(Intake, FolderScanRefreshesAtEveryHundredthItemThatIsAValidPhoto) {
+TEST_F(PhotoIntake, FolderScanRefreshesAtEveryHundredthItemThatIsAValidPhoto) {
     for (int i = 0; i < 250; ++i)
         writebytes(dir.filePath(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0'))), "x");
     for (const auto& [valid, expected] : {std::pair{true, "[hh]"}, {false, "[]"}}) {
