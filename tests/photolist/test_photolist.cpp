@@ -121,7 +121,7 @@ TEST_F(PhotoIntake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAr
     // Hidden folders are scanned, packages and other files not, and a link back up can't loop.
     for (const char* name :
          {"a.jpg", "b/c.jpg", "b/d/e.jpg", "f.JPEG", "IMG_10.jpe", "IMG_2.jfif", ".hidden/g.jpg",
-          "Viewer.app/h.jpg", "x.photoslibrary/h.jpg", "notes.txt", "i.jpg.png", "jjpg"}) {
+          "Viewer.app/h.jpg", "x.photoslibrary/h.jpg", "notes.txt", "i.jpg.png", "jjpg", "k.heic"}) {
         QDir().mkpath(QFileInfo(file(name)).absolutePath());
         writebytes(file(name), "x");
     }
