@@ -103,8 +103,8 @@ TEST_F(Jpeg, DecodesThePixelsTheResolutionTheSoundProfileAndEveryOtherSegmentInO
         qint64 jpgdpi;
     } cases[] = {{"-JFIF:ResolutionUnit=inches -JFIF:XResolution=300 -JFIF:YResolution=240", 240},
                  {"-JFIF:ResolutionUnit=cm -JFIF:XResolution=118 -JFIF:YResolution=118", 300},
-                 {"-JFIF:YResolution=300 -EXIF:ResolutionUnit=inches -EXIF:YResolution=350 "
-                  "-XMP:Title=Harbour -Comment=k",
+                 {"-JFIF:ResolutionUnit=inches -JFIF:YResolution=300 -EXIF:ResolutionUnit=inches "
+                  "-EXIF:YResolution=350 -XMP:Title=Harbour -Comment=k",
                   350},
                  {"-EXIF:ResolutionUnit=inches -EXIF:YResolution=72.9", 72}, // cut, not rounded
                  {"-EXIF:ResolutionUnit=cm -EXIF:YResolution=100", 254},
