@@ -19,25 +19,21 @@ class Taker {
         admission_.onlyloadwhenneeded = !options.action.has_value() && !options.processall;
     }
 
-    // Returns whether the file was a valid JPEG.
-    bool file(const QString& name, const QString& path) {
+    void file(const QString& name, const QString& path) {
         const Admission admission = judgephoto(path, admission_);
         switch (admission.verdict) {
         case Verdict::Admitted:
             list_.appendrow(name, options_.action.value_or(admission.action), path);
             ++result_.admitted;
-            return true;
+            return;
         case Verdict::NotNeeded:
             result_.skipped.push_back({path, admission.reason});
-            return true;
+            return;
         case Verdict::Unreadable:
-            result_.problems.push_back({path, admission.reason});
-            return true;
         case Verdict::NotJpeg:
             result_.problems.push_back({path, admission.reason});
-            return false;
+            return;
         }
-        return false;
     }
 
     void take(const QString& argument) {
@@ -51,9 +47,7 @@ class Taker {
                 return;
             }
             ScanCallbacks callbacks;
-            callbacks.file = [this](const QString& name, const QString& file) {
-                return this->file(name, file);
-            };
+            callbacks.file = [this](const QString& name, const QString& file) { this->file(name, file); };
             loadrecursive(QDir::cleanPath(path), options_.recursive, callbacks);
         } else if (!hasextension(info.fileName(), extensions::drop())) {
             result_.problems.push_back(

@@ -61,16 +61,12 @@ class Scan {
     explicit Scan(const ScanCallbacks& callbacks) : callbacks_(callbacks) {}
 
     void folder(const QString& path, bool recursive) {
-        if (callbacks_.begin)
-            callbacks_.begin();
         FolderId id;
         // The folders on the way down: a link back to one of them would never end.
         if (folderid(path, id) && ancestors_.insert(id).second) {
             items(path, recursive);
             ancestors_.erase(id);
         }
-        if (callbacks_.end)
-            callbacks_.end();
     }
 
   private:
@@ -80,42 +76,25 @@ class Scan {
             QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
         std::sort(names.begin(), names.end(), naturalless);
 
-        qint64 count = 0;
         for (const QString& name : std::as_const(names)) {
             if (stopped())
                 return;
-            ++count;
             const QString itempath = dir.filePath(name);
-            const QFileInfo info(itempath);
-            if (hasextension(name, extensions::packages())) {
-                yield();
+            if (hasextension(name, extensions::packages()))
                 continue;
-            }
-            if (info.isDir()) {
-                if (!name.contains(QLatin1String("/.")) && recursive)
+            if (QFileInfo(itempath).isDir()) {
+                if (recursive)
                     folder(itempath, true);
-                yield();
                 continue;
             }
-            if (!hasextension(name, extensions::folderscan()) || !callbacks_.file) {
-                yield();
-                continue;
-            }
-            const bool looked = callbacks_.file(name, itempath);
-            if (looked && count >= 89 && count % 100 == 0 && callbacks_.hundredth)
-                callbacks_.hundredth();
-            yield();
+            if (hasextension(name, extensions::folderscan()) && callbacks_.file)
+                callbacks_.file(name, itempath);
         }
     }
 
     bool stopped() {
         stopped_ = stopped_ || (callbacks_.stop && callbacks_.stop());
         return stopped_;
-    }
-
-    void yield() {
-        if (callbacks_.yield)
-            callbacks_.yield();
     }
 
     const ScanCallbacks& callbacks_;

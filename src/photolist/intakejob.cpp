@@ -72,10 +72,7 @@ void IntakeJob::walk() {
         callbacks.stop = [this] {
             return cancelled_.load();
         };
-        callbacks.file = [this](const QString& name, const QString& path) {
-            take(name, path);
-            return true;
-        };
+        callbacks.file = [this](const QString& name, const QString& path) { take(name, path); };
         loadrecursive(request_.folder, request_.recursive, callbacks);
     }
     flush();

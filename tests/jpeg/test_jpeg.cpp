@@ -1,0 +1,231 @@
+#include "jpeg/decode.h"
+#include "jpeg/encode.h"
+#include "jpeg/photofixture.h"
+#include "jpeg/probe.h"
+#include "jpeg/segments.h"
+#include "jpeg/transform.h"
+#include "support/othercolours.h"
+
+#include <cstring>
+
+using namespace pivotel;
+using namespace pivotel::test;
+
+namespace {
+
+// A picture's rows as the encoder takes them.
+struct ImageRows : RowSource {
+    explicit ImageRows(QImage picture) : image(std::move(picture)) {}
+    int width() const override { return image.width(); }
+    int height() const override { return image.height(); }
+    QImage::Format format() const override { return image.format(); }
+    int bytesperpixel() const override { return image.depth() / 8; }
+    void copyrows(int first, int count, unsigned char* out, qsizetype stride) const override {
+        for (int y = 0; y < count; ++y)
+            std::memcpy(out + y * stride, image.constScanLine(first + y), size_t(stride));
+    }
+    QImage image;
+};
+
+using Jpeg = PhotoFolder;
+
+} // namespace
+
+// What the probe reads of a sound header is tested with the encoder.
+TEST_F(Jpeg, ProbeRefusesWhatGivesNoPicture) {
+    writepattern(file("good.jpg"), 40, 30);
+    const QByteArray bytes = readbytes(file("good.jpg"));
+    // The frame header's height and width fields sit 5 and 7 bytes after the SOF0 marker.
+    const qsizetype sof = bytes.indexOf("\xFF\xC0");
+    const QByteArray cases[] = {"hello", bytes.left(20),
+                                bytes.left(sof + 5) + QByteArray(2, 0) + bytes.mid(sof + 7),
+                                bytes.left(sof + 7) + QByteArray(2, 0) + bytes.mid(sof + 9)};
+    for (const QByteArray& content : cases) {
+        writebytes(file("bad.jpg"), content);
+        EXPECT_FALSE(probejpeg(file("bad.jpg"))) << content.left(sof + 9).toHex().constData();
+    }
+    EXPECT_FALSE(probejpeg(file("missing.jpg")));
+    EXPECT_FALSE(probejpeg(dir.path()));
+}
+
+TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegments) {
+    writepattern(file("small.jpg"), 8, 8);
+    const QByteArray small = readbytes(file("small.jpg"));
+    writepattern(file("photo.jpg"), 64, 48); // enough coded data to hold stuffed bytes (0xFF 0x00)
+    const QByteArray photo = readbytes(file("photo.jpg"));
+    ASSERT_TRUE(photo.contains(QByteArray("\xFF\x00", 2)));
+    // An EXIF thumbnail is a whole JPEG, end of image included, inside an APP1 segment.
+    insertsegment(file("photo.jpg"), 0xE1, QByteArray("Exif\0\0", 6) + small);
+    const QByteArray withthumbnail = readbytes(file("photo.jpg"));
+    // A motion photo's video follows the picture; so may a camera's further pictures.
+    const QByteArray video = QByteArray::fromHex("00000018") + "ftypmp42" + small + QByteArray(500, '\xFF');
+    const struct {
+        const char* what;
+        QByteArray data;
+        qsizetype end; // -1: refused
+    } cases[] = {{"video after", photo + video, photo.size()},
+                 {"thumbnail inside", withthumbnail + video, withthumbnail.size()},
+                 {"last byte lost", photo.chopped(1), -1},
+                 {"cut in the scan", photo.left(photo.size() / 2), -1},
+                 {"cut in a segment", withthumbnail.left(40), -1},
+                 {"garbage after the JFIF segment", photo.left(20) + "x" + photo.mid(20), -1},
+                 {"not a JPEG", video, -1}};
+    for (const auto& c : cases) {
+        const auto end = pictureend(c.data);
+        EXPECT_EQ(end ? *end : -1, c.end) << c.what << ": " << qPrintable(end.reason());
+    }
+}
+
+// Colour pixels are tested with the resolution.
+TEST_F(Jpeg, DecodeKeepsGreyGreyAndRefusesWhatItCannotDecodeFaithfully) {
+    writegrey(file("grey.jpg"), pattern(40, 30));
+    const auto grey = decodepicture(file("grey.jpg"));
+    ASSERT_TRUE(grey) << qPrintable(grey.reason());
+    EXPECT_EQ(grey->image.format(), QImage::Format_Grayscale8);
+    EXPECT_EQ(maxdifference(pixelsof(grey->image), decodejpeg(file("grey.jpg"))), 0);
+    writebytes(file("truncated.jpg"), readbytes(file("grey.jpg")).chopped(200));
+    writebytes(file("text.jpg"), "not a photo");
+    writecmyk(file("cmyk.jpg"), 16, 16);
+    for (const auto& [name, says] : {std::pair{"truncated.jpg", "can't be decoded"},
+                                     {"text.jpg", "can't be decoded"},
+                                     {"cmyk.jpg", "CMYK"},
+                                     {"missing.jpg", "can't be read"}}) {
+        const auto picture = decodepicture(file(name));
+        EXPECT_TRUE(!picture && picture.reason().contains(QLatin1String(says)))
+            << name << ": " << qPrintable(picture.reason());
+    }
+}
+
+// Whole profiles and plain JFIF densities make the round trip in the engine's tests.
+TEST_F(Jpeg, DecodesThePixelsTheResolutionTheSoundProfileAndEveryOtherSegmentInOrder) {
+    const struct {
+        const char* tags;
+        qint64 jpgdpi;
+    } cases[] = {{"-JFIF:ResolutionUnit=inches -JFIF:XResolution=300 -JFIF:YResolution=240", 240},
+                 {"-JFIF:ResolutionUnit=cm -JFIF:XResolution=118 -JFIF:YResolution=118", 300},
+                 {"-JFIF:ResolutionUnit=inches -JFIF:YResolution=300 -EXIF:ResolutionUnit=inches "
+                  "-EXIF:YResolution=350 -XMP:Title=Harbour -Comment=k",
+                  350},
+                 {"-EXIF:ResolutionUnit=inches -EXIF:YResolution=72.9", 72}, // cut, not rounded
+                 {"-EXIF:ResolutionUnit=cm -EXIF:YResolution=100", 254},
+                 {"-JFIF:all= -n -EXIF:ResolutionUnit=2 -EXIF:YResolution=240 -EXIF:Orientation=6", 240}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tags);
+        writepattern(file("tagged.jpg"), 61, 45, Sampling::S420);
+        writetags(file("tagged.jpg"), QString::fromLatin1(c.tags).split(QLatin1Char(' ')));
+        // A profile whose first chunk is lost is no profile; the photo itself is sound.
+        insertsegment(file("tagged.jpg"), 0xE2, QByteArray("ICC_PROFILE\0\x02\x02xx", 16));
+        const auto picture = decodepicture(file("tagged.jpg"));
+        ASSERT_TRUE(picture) << qPrintable(picture.reason());
+        EXPECT_EQ(picture->jpgdpi, c.jpgdpi);
+        EXPECT_EQ(picture->image.format(), QImage::Format_RGBX8888);
+        EXPECT_EQ(maxdifference(pixelsof(picture->image), decodejpeg(file("tagged.jpg"))), 0); // as stored
+        EXPECT_TRUE(picture->colorprofile.isEmpty());
+        QList<QByteArray> expected, got;
+        for (const QByteArray& segment : appsegments(file("tagged.jpg"))) {
+            if (!segment.mid(4).startsWith("ICC_PROFILE"))
+                expected << segment.mid(4);
+        }
+        for (const MarkerSegment& segment : picture->segments)
+            got << segment.body;
+        EXPECT_EQ(got, expected);
+    }
+}
+
+TEST_F(Jpeg, DecodesReducedAtTheSmallestReductionThatCoversTheShownSize) {
+    writepattern(file("big.jpg"), 1601, 1203);
+    writegrey(file("grey.jpg"), pattern(40, 30));
+    const QSize big(1601, 1203), whole; // whole: no size asked
+    const struct {
+        const char* name;
+        QSize shown, decoded;
+    } cases[] = {
+        {"big.jpg", {201, 151}, {201, 151}}, {"big.jpg", {100, 20}, {201, 151}},  // an eighth, rounded up
+        {"big.jpg", {202, 151}, {401, 301}}, {"big.jpg", {201, 302}, {801, 602}}, // a quarter, a half
+        {"big.jpg", {802, 10}, big},         {"big.jpg", whole, big},
+        {"grey.jpg", whole, {40, 30}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.name << " shown at " << testing::PrintToString(c.shown));
+        const std::function<QSize(QSize)> shown = [&](QSize photo) {
+            return photo == big ? c.shown : QSize();
+        };
+        const ReducedPicture reduced =
+            decodereduced(readbytes(file(c.name)), c.shown.isValid() ? shown : nullptr);
+        ASSERT_EQ(reduced.picture.size(), c.decoded);
+        EXPECT_EQ(reduced.picture.format(), QImage::Format_RGB888);
+        EXPECT_EQ(reduced.photosize, c.shown.isValid() ? big : c.decoded);
+        EXPECT_LE(meandifference(pixelsof(reduced.picture), wholescaled(file(c.name), c.decoded)),
+                  meantolerance);
+    }
+    // Damaged data gives what could be decoded of it; CMYK data nothing rather than false colours.
+    EXPECT_EQ(decodereduced(readbytes(file("big.jpg")).first(20000), nullptr).picture.size(), big);
+    writecmyk(file("cmyk.jpg"), 16, 16);
+    EXPECT_TRUE(decodereduced(readbytes(file("cmyk.jpg")), nullptr).picture.isNull());
+    EXPECT_TRUE(decodereduced("not a photo", nullptr).picture.isNull());
+}
+
+// The probe reads back what the encoder wrote.
+TEST_F(Jpeg, EncodesEveryRowOfEachFormatHalvingChromaOnlyBelowNinety) {
+    // EXIF blocks whose orientation comes after another tag, in either byte order, and one empty.
+    const QByteArray mm("Exif\0\0MM\0\x2a\0\0\0\x08\0\x02\x01\x0f\0\x02\0\0\0\x04Tst\0\x01\x12\0\x03\0\0\0"
+                        "\x01\0\x06\0\0\0\0\0\0",
+                        44);
+    const QByteArray ii("Exif\0\0II\x2a\0\x08\0\0\0\x02\0\x0f\x01\x02\0\x04\0\0\0Tst\0\x12\x01\x03\0\x01\0\0"
+                        "\0\x08\0\0\0\0\0\0\0",
+                        44);
+    const Pixels source = pattern(50, 300); // taller than the strips the encoder takes at a time
+    const struct {
+        QImage picture;
+        int quality;
+        QByteArray exif;
+        JpegColorSpace colours;
+        JpegSampling sampling;
+        std::optional<int> orientation;
+    } cases[] = {{pictureof(source).convertToFormat(QImage::Format_RGBX8888), 89, mm, JpegColorSpace::YCbCr,
+                  JpegSampling::S420, 6},
+                 {pictureof(source), 90, ii, JpegColorSpace::YCbCr, JpegSampling::S444, 8},
+                 {greypictureof(source), 50, QByteArray("Exif\0\0", 6), JpegColorSpace::Grey,
+                  JpegSampling::Grey, std::nullopt}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.quality);
+        const EncodeSettings settings{c.quality, 72, {}, {{0xE1, c.exif}}};
+        ASSERT_TRUE(encodejpeg(ImageRows(c.picture), settings, file("new.jpg")));
+        const auto probe = probejpeg(file("new.jpg"));
+        ASSERT_TRUE(probe) << qPrintable(probe.reason());
+        EXPECT_EQ(probe->size, QSize(50, 300));
+        EXPECT_EQ(probe->colorspace, c.colours);
+        EXPECT_EQ(probe->sampling, c.sampling);
+        EXPECT_EQ(probe->orientation, c.orientation);
+        EXPECT_LE(meandifference(decodejpeg(file("new.jpg")), pixelsof(c.picture)), meantolerance);
+    }
+    EXPECT_FALSE(encodejpeg(ImageRows(pictureof(source)), {}, file("missing/new.jpg")));
+    writecmyk(file("cmyk.jpg"), 8, 8); // TurboJPEG stores CMYK as YCCK
+    EXPECT_EQ(probejpeg(file("cmyk.jpg"))->colorspace, JpegColorSpace::Ycck);
+}
+
+// Whole blocks turn exactly either way (the engine's tests show it); the policies differ on the
+// partial blocks of a photo whose size isn't whole blocks.
+TEST_F(Jpeg, TransformKeepHoldsThePhotosSizeTrimTurnsTheWholeBlocksExactly) {
+    writepattern(file("odd.jpg"), 61, 45, Sampling::S420); // blocks of 16 x 16: 48 x 32 of them whole
+    const Pixels original = decodejpeg(file("odd.jpg"));
+    const struct {
+        JpegTransform op;
+        Action action;
+        int width, height; // what Trim keeps of the source: what would have to move is dropped
+    } cases[] = {{JpegTransform::None, Action::AsIs, 61, 45},
+                 {JpegTransform::Rotate90, Action::Rotate90Clockwise, 61, 32},
+                 {JpegTransform::Rotate180, Action::Rotate180, 48, 32},
+                 {JpegTransform::Rotate270, Action::Rotate90Counterclockwise, 48, 45},
+                 {JpegTransform::FlipHorizontal, Action::FlipLeft, 48, 45}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(int(c.op));
+        ASSERT_TRUE(transformjpeg(readbytes(file("odd.jpg")), c.op, EdgePolicy::Keep, file("kept.jpg")));
+        ASSERT_TRUE(transformjpeg(readbytes(file("odd.jpg")), c.op, EdgePolicy::Trim, file("trimmed.jpg")));
+        const Pixels whole = turned(original, c.action), kept = decodejpeg(file("kept.jpg"));
+        EXPECT_EQ(QSize(kept.width, kept.height), QSize(whole.width, whole.height));
+        Pixels cropped{c.width, c.height, {}};
+        for (int y = 0; y < c.height; ++y)
+            cropped.rgb.insert(cropped.rgb.end(), original.at(0, y), original.at(0, y) + c.width * 3);
+        EXPECT_LE(maxdifference(decodejpeg(file("trimmed.jpg")), turned(cropped, c.action)), idcttolerance);
+    }
+}
