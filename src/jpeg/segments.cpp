@@ -1,5 +1,7 @@
 #include "jpeg/segments.h"
 
+#include "support/fileio.h"
+
 #include <QFile>
 #include <cstring>
 
@@ -99,8 +101,11 @@ constexpr quint16 resolutionunittag = 0x0128;
 } // namespace
 
 Result<QByteArray> readjpegheader(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    Result<UniqueFd> opened = openregular(path);
+    if (!opened)
+        return opened.status();
+    QFile file;
+    if (!file.open(opened.value().release(), QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
         return Status::failure(file.errorString());
     QByteArray header = file.read(2);
     if (header.size() != 2 || uchar(header[0]) != 0xFF || uchar(header[1]) != 0xD8)

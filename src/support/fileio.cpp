@@ -15,8 +15,8 @@ QString errnotext(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
-Result<QByteArray> readwholefile(const QString& path) {
-    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+Result<UniqueFd> openregular(const QString& path) {
+    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!fd.valid())
         return Status::failure(errnotext(errno));
     struct stat st {};
@@ -24,6 +24,19 @@ Result<QByteArray> readwholefile(const QString& path) {
         return Status::failure(errnotext(errno));
     if (!S_ISREG(st.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
+    if (::fcntl(fd.get(), F_SETFL, ::fcntl(fd.get(), F_GETFL) & ~O_NONBLOCK) != 0)
+        return Status::failure(errnotext(errno));
+    return fd;
+}
+
+Result<QByteArray> readwholefile(const QString& path) {
+    Result<UniqueFd> opened = openregular(path);
+    if (!opened)
+        return opened.status();
+    const UniqueFd& fd = opened.value();
+    struct stat st {};
+    if (::fstat(fd.get(), &st) != 0)
+        return Status::failure(errnotext(errno));
     QByteArray data;
     data.resize(static_cast<qsizetype>(st.st_size));
     qsizetype done = 0;

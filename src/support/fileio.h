@@ -1,13 +1,18 @@
 #pragma once
 
 #include "support/status.h"
+#include "support/uniquefd.h"
 
 #include <QByteArray>
 #include <QString>
 
 namespace pivotel {
 
-// The whole content of a file.
+// Opens a regular file for reading. Anything else (a FIFO, a socket, a device, a folder) is
+// refused without waiting on it: a FIFO named like a photo would hold a plain open forever.
+Result<UniqueFd> openregular(const QString& path);
+
+// The whole content of a regular file.
 Result<QByteArray> readwholefile(const QString& path);
 
 // Writes `size` bytes to a new file at `path`, replacing one that is there. On failure the

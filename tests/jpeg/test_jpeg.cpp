@@ -6,7 +6,9 @@
 #include "jpeg/transform.h"
 #include "support/othercolours.h"
 
+#include <QFile>
 #include <cstring>
+#include <sys/stat.h>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -46,6 +48,11 @@ TEST_F(Jpeg, ProbeRefusesWhatGivesNoPicture) {
     }
     EXPECT_FALSE(probejpeg(file("missing.jpg")));
     EXPECT_FALSE(probejpeg(dir.path()));
+    // A FIFO, also behind a link, is refused at once: opened for a plain read it would hang.
+    ASSERT_EQ(::mkfifo(QFile::encodeName(file("pipe.jpg")).constData(), 0600), 0);
+    QFile::link(file("pipe.jpg"), file("link.jpg"));
+    EXPECT_EQ(probejpeg(file("pipe.jpg")).reason(), QStringLiteral("not a regular file"));
+    EXPECT_FALSE(probejpeg(file("link.jpg")));
 }
 
 TEST_F(Jpeg, PictureEndIsJustPastTheEndOfImageWhateverFollowsOrHidesInItsSegments) {
