@@ -12,6 +12,10 @@ ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder)
     : tool_(tool), pexiffolder_(std::move(pexiffolder)) {
 }
 
+ExifTransplant::~ExifTransplant() {
+    QFile::remove(dumpfile());
+}
+
 QString ExifTransplant::dumpfile() const {
     return pexiffolder_ + QStringLiteral("/1.xml");
 }
@@ -23,7 +27,8 @@ Status ExifTransplant::judge(const QString& step, const ToolResult& result) {
 }
 
 Status ExifTransplant::extractexiftofile(const QString& photo) {
-    if (!ensurefolder(pexiffolder_))
+    // The dump holds where the photo was taken: for the owner's eyes only.
+    if (!ensureprivatefolder(pexiffolder_))
         return Status::failure(QStringLiteral("the folder %1 can't be made").arg(pexiffolder_));
     // A dump left by an earlier photo must never reach this one.
     const QString dump = dumpfile();
@@ -35,13 +40,13 @@ Status ExifTransplant::extractexiftofile(const QString& photo) {
     if (Status judged = judge(QStringLiteral("the metadata dump failed"), result); !judged)
         return judged;
     const QByteArray text = result.out + '\n';
-    if (Status written = writewholefile(dump, text.constData(), text.size()); !written)
+    if (Status written = writewholefile(dump, text.constData(), text.size(), 0600); !written)
         return Status::failure(QStringLiteral("the metadata dump can't be saved (%1)").arg(written.reason()));
     return Status::success();
 }
 
 Status ExifTransplant::copycr2tojpgexif(const QString& target) {
-    if (!ensurefolder(pexiffolder_))
+    if (!ensureprivatefolder(pexiffolder_))
         return Status::failure(QStringLiteral("the folder %1 can't be made").arg(pexiffolder_));
     if (!tool_.exists())
         return Status::success();

@@ -10,8 +10,9 @@ namespace pivotel {
 class ExifTool;
 
 // Carries a photo's EXIF block across its rewrite: all metadata of the untouched photo is
-// dumped to "1.xml" in the dump folder before the turn (extractexiftofile), and the EXIF group
-// of that dump is copied into the rewritten photo after it (copycr2tojpgexif).
+// dumped to "1.xml" in the dump folder (the owner's alone) before the turn (extractexiftofile),
+// and the EXIF group of that dump is copied into the rewritten photo after it
+// (copycr2tojpgexif). The dump lives as long as the transplant.
 //
 // Both rotators carry every marker segment of the photo, its EXIF block among them, into the
 // new file; the transplant restates that block. So a tool that runs and refuses the photo (it
@@ -20,6 +21,10 @@ class ExifTool;
 class ExifTransplant {
   public:
     ExifTransplant(ExifTool& tool, QString pexiffolder);
+    // The dump goes with the photo's turn, whatever its outcome.
+    ~ExifTransplant();
+    ExifTransplant(const ExifTransplant&) = delete;
+    ExifTransplant& operator=(const ExifTransplant&) = delete;
 
     // Removes a stale dump first, also when the tool is missing; then dumps the photo ("-X",
     // "-struct") into the dump file, the tool's output followed by a line end.

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QStandardPaths>
 
 namespace pivotel {
@@ -29,6 +30,11 @@ QString pexiffolder(const QString& datafolder) {
 
 bool ensurefolder(const QString& path) {
     return QDir().mkpath(path);
+}
+
+bool ensureprivatefolder(const QString& path) {
+    return ensurefolder(path) &&
+           QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 } // namespace pivotel

@@ -19,5 +19,7 @@ QString pexiffolder(const QString& datafolder);
 
 // Makes the folder (and its parents) when it is missing; true when it exists afterwards.
 bool ensurefolder(const QString& path);
+// The same for a folder only its owner may enter (0700), also when it was there already.
+bool ensureprivatefolder(const QString& path);
 
 } // namespace pivotel
