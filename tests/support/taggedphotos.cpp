@@ -32,11 +32,11 @@ void writetaggedphoto(const QString& path, int width, int height, int orientatio
         -EXIF:ResolutionUnit=inches; -EXIF:DateTimeOriginal=2021:07:14 10:11:12; -EXIF:ISO=400;
         -EXIF:CreateDate=2021:07:14 10:11:12; -EXIF:ModifyDate=2021:07:15 08:00:00; -EXIF:FNumber=5.6;
         -EXIF:ExposureTime=1/250; -EXIF:FocalLength=35; -EXIF:ExposureCompensation=-2/3;
-        -EXIF:Artist=A. Photographer; -EXIF:Copyright=(c) 2021 A. Photographer; -EXIF:UserComment=Harbour at dawn;
-        -GPSLatitude=43.2965; -GPSLatitudeRef=N; -GPSLongitude=5.3698; -GPSLongitudeRef=E; -GPSAltitude=12.5;
-        -GPSAltitudeRef=0; -XMP-dc:Title=Harbour; -XMP-dc:Creator=A. Photographer; -XMP-xmp:Rating=4;
-        -XMP-lr:HierarchicalSubject=Places|Marseille; -IPTC:Keywords=boats; -IPTC:Keywords=sea;
-        -IPTC:City=Marseille; -IPTC:By-line=A. Photographer)")
+        -EXIF:Artist=A. Photographer; -EXIF:Copyright=(c) 2021 A. Photographer;
+        -EXIF:UserComment=Harbour at dawn; -GPSLatitude=43.2965; -GPSLatitudeRef=N; -GPSLongitude=5.3698;
+        -GPSLongitudeRef=E; -GPSAltitude=12.5; -GPSAltitudeRef=0; -XMP-dc:Title=Harbour;
+        -XMP-dc:Creator=A. Photographer; -XMP-xmp:Rating=4; -XMP-lr:HierarchicalSubject=Places|Marseille;
+        -IPTC:Keywords=boats; -IPTC:Keywords=sea; -IPTC:City=Marseille; -IPTC:By-line=A. Photographer)")
                             .simplified()
                             .split(u"; "_s));
 }
