@@ -92,7 +92,6 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--frobnicate six", 2, "unknown option --frobnicate", {}, ""},
         {"-r six", 2, "unknown option -r", {}, ""},
         {"--json=yes six", 2, "takes no value", {}, ""},
-        {"--reencode=yes six", 2, "takes no value", {}, ""},
         {"--action=90 six", 2, "--action", {}, ""},
         {"--action six", 2, "--action", {}, ""},
         {"--quality=80 six", 2, "--quality needs --reencode", {}, ""},
@@ -133,11 +132,11 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
                                       ? Action::Rotate180
                                       : actionfororientation(orientations[it.key()]);
             writebytes(dir.filePath(u"before"_s), it.value());
-            const Pixels before = decodejpeg(dir.filePath(u"before"_s)), after = decodejpeg(path(it.key()));
-            for (const Action other : allactions)
-                EXPECT_TRUE(other == action ? maxdifference(after, turned(before, other)) <= c.tolerance
-                                            : maxdifference(after, turned(before, other)) > c.tolerance)
-                    << what << " " << qPrintable(labelof(other));
+            // Any other turn moves the mark, 190 steps off, or reverses a gradient.
+            EXPECT_LE(maxdifference(decodejpeg(path(it.key())),
+                                    turned(decodejpeg(dir.filePath(u"before"_s)), action)),
+                      c.tolerance)
+                << what;
             EXPECT_EQ(isprogressive(path(it.key())), c.dc == 0) << what;
             EXPECT_EQ(c.dc ? segmentbodies(path(it.key()), 0xDB).value(0).at(1) : 0, c.dc) << what;
             EXPECT_EQ(st.st_mtim.tv_nsec == old[1].tv_nsec, arguments.contains(u"--preserve-dates"_s))
@@ -175,12 +174,9 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
             const auto& [original, upright] = kinds[size_t(i) % kinds.size()];
             if (readbytes(photo(i)) == original)
                 continue;
-            try {
-                EXPECT_LE(maxdifference(decodejpeg(photo(i)), upright), idcttolerance)
-                    << when << ": photo " << i;
-            } catch (const std::exception& error) {
-                ADD_FAILURE() << when << ": photo " << i << " is not a whole JPEG: " << error.what();
-            }
+            // decodejpeg throws for a JPEG that isn't whole
+            EXPECT_NO_THROW(EXPECT_LE(maxdifference(decodejpeg(photo(i)), upright), idcttolerance))
+                << when << ": photo " << i;
             ++turnedcount;
         }
         return turnedcount;

@@ -2,55 +2,24 @@
 
 #include "support/testphotos.h"
 
+#include <QColorSpace>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
 namespace pivotel::test {
 
-namespace {
-
-QByteArray be32(quint32 value) {
-    QByteArray bytes(4, '\0');
-    qToBigEndian(value, bytes.data());
-    return bytes;
-}
-
-} // namespace
-
-QByteArray iccprofile(const QString& description) {
-    const QByteArray text = description.toLatin1();
-    const std::pair<QByteArray, QByteArray> tags[] = {
-        // ASCII description, then empty Unicode and ScriptCode ones
-        {"desc", "desc" + be32(0) + be32(quint32(text.size() + 1)) + text + QByteArray(79, '\0')},
-        {"cprt", "text" + be32(0) + "No copyright, made for a test" + '\0'},
-        {"wtpt", "XYZ " + be32(0) + QByteArray::fromHex("0000f6d6000100000000d32d")},
-    };
-    QByteArray table = be32(quint32(std::size(tags))), data;
-    for (const auto& [signature, body] : tags) {
-        table += signature + be32(quint32(128 + 4 + 12 * std::size(tags) + data.size())) +
-                 be32(quint32(body.size()));
-        data += body + QByteArray((4 - body.size() % 4) % 4, '\0');
-    }
-    const QByteArray header = be32(0) + be32(0) + be32(0x02100000) + "mntrRGB XYZ " +
-                              QByteArray::fromHex("07e5000100010000000000 00") + "acsp" +
-                              QByteArray(28, '\0') + QByteArray::fromHex("0000f6d6000100000000d32d") +
-                              QByteArray(48, '\0');
-    QByteArray profile = header + table + data;
-    qToBigEndian(quint32(profile.size()), profile.data());
-    return profile;
-}
-
 void writetaggedphoto(const QString& path, int width, int height, int orientation, int dpi) {
     writepattern(path, width, height);
     QTemporaryDir parts;
     const QString icc = parts.filePath(u"profile.icc"_s), makernote = parts.filePath(u"makernote.bin"_s);
-    writebytes(icc, iccprofile(u"Pivotel test RGB"_s));
+    QColorSpace profile(QColorSpace::SRgb); // one Qt writes anew, with its description
+    profile.setDescription(u"Pivotel test RGB"_s);
+    writebytes(icc, profile.iccProfile());
     // A Canon maker note whose values all lie within its entries (model id, serial number), so
     // that it reads the same wherever a writer moves it.
     writebytes(makernote,
@@ -63,11 +32,11 @@ void writetaggedphoto(const QString& path, int width, int height, int orientatio
         -EXIF:ResolutionUnit=inches; -EXIF:DateTimeOriginal=2021:07:14 10:11:12; -EXIF:ISO=400;
         -EXIF:CreateDate=2021:07:14 10:11:12; -EXIF:ModifyDate=2021:07:15 08:00:00; -EXIF:FNumber=5.6;
         -EXIF:ExposureTime=1/250; -EXIF:FocalLength=35; -EXIF:ExposureCompensation=-2/3;
-        -EXIF:Artist=A. Photographer; -EXIF:Copyright=(c) 2021 A. Photographer; -EXIF:UserComment=Harbour at dawn;
-        -GPSLatitude=43.2965; -GPSLatitudeRef=N; -GPSLongitude=5.3698; -GPSLongitudeRef=E; -GPSAltitude=12.5;
-        -GPSAltitudeRef=0; -XMP-dc:Title=Harbour; -XMP-dc:Creator=A. Photographer; -XMP-xmp:Rating=4;
-        -XMP-lr:HierarchicalSubject=Places|Marseille; -IPTC:Keywords=boats; -IPTC:Keywords=sea;
-        -IPTC:City=Marseille; -IPTC:By-line=A. Photographer)")
+        -EXIF:Artist=A. Photographer; -EXIF:Copyright=(c) 2021 A. Photographer;
+        -EXIF:UserComment=Harbour at dawn; -GPSLatitude=43.2965; -GPSLatitudeRef=N; -GPSLongitude=5.3698;
+        -GPSLongitudeRef=E; -GPSAltitude=12.5; -GPSAltitudeRef=0; -XMP-dc:Title=Harbour;
+        -XMP-dc:Creator=A. Photographer; -XMP-xmp:Rating=4; -XMP-lr:HierarchicalSubject=Places|Marseille;
+        -IPTC:Keywords=boats; -IPTC:Keywords=sea; -IPTC:City=Marseille; -IPTC:By-line=A. Photographer)")
                             .simplified()
                             .split(u"; "_s));
 }

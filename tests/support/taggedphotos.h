@@ -6,8 +6,6 @@
 
 namespace pivotel::test {
 
-// A small valid ICC colour profile (display class, RGB) with the given description.
-QByteArray iccprofile(const QString& description);
 // A pattern photo tagged as a camera leaves it: EXIF (make, model, dates, exposure, a Canon maker
 // note, GPS), XMP, IPTC and an ICC profile, with the EXIF orientation and resolution given, and
 // no JFIF segment.

@@ -1,4 +1,3 @@
-#include "support/appidentity.h"
 #include "support/filestamp.h"
 #include "support/testphotos.h"
 
@@ -38,10 +37,4 @@ TEST(FileStamp, TellsEveryNewStateOfAFile) {
     EXPECT_NE(filestamp(path)->inode, rewritten->inode);
     QFile::remove(path);
     EXPECT_FALSE(filestamp(path).has_value());
-}
-
-TEST(AppIdentity, NameAndVersion) {
-    EXPECT_EQ(justappname(), QStringLiteral("Pivotel"));
-    EXPECT_EQ(versiontext(), QStringLiteral("3.6.4"));
-    EXPECT_EQ(appname(), QStringLiteral("Pivotel v3.6.4 ")); // the trailing blank belongs to the title
 }

@@ -1,8 +1,9 @@
-// Test programs start here, with the data folder and the settings in a temporary directory.
-// Widget test programs (PIVOTEL_TEST_GUI) get a QApplication.
+// Test programs start here, with the data folder, the settings and the caches in a temporary
+// directory, so that no test touches the user's own. Widget test programs (PIVOTEL_TEST_GUI) get
+// a QApplication.
 
-#include "support/isolatedhome.h"
-
+#include <QFile>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 #ifdef PIVOTEL_TEST_GUI
 #include <QApplication>
@@ -14,7 +15,8 @@ using Application = QCoreApplication;
 
 int main(int argc, char** argv) {
     QTemporaryDir home;
-    isolatehome(home);
+    for (const char* place : {"DATA", "CONFIG", "CACHE"})
+        qputenv(QByteArray("XDG_") + place + "_HOME", QFile::encodeName(home.path() + '/' + place));
     // The window's update check at start goes nowhere: no test reaches the maker's server.
     qputenv("PIVOTEL_UPDATE_URL", "https://127.0.0.1:1/ver/pivotel.txt");
     Application app(argc, argv);
