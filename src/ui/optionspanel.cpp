@@ -107,8 +107,9 @@ void OptionsPanel::applysettings(const Settings& settings) {
     normalprocessall_->setChecked(settings.normalprocessall);
     useexiforientation_->setChecked(settings.useexiforientation);
     jpgquality_->setText(settings.jpgquality);
-    // Greys or frees the quality controls through its change handler, when it changes.
     uselosslessrotation_->setChecked(settings.uselosslessrotation);
+    // The box may not have changed, and the label starts greyed: the controls follow it all the same.
+    uselosslessrotation_ValueChanged();
     qualityslider_->setValue(static_cast<int>(std::trunc(leadingvalue(jpgquality_->text()))));
 }
 
