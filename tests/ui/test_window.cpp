@@ -1,14 +1,20 @@
 #include "app/app.h"
+#include "services/updatecheck.h"
 #include "support/appidentity.h"
 #include "support/places.h"
+#include "ui/aboutwindow.h"
 #include "ui/maintoolbar.h"
 #include "windowtest.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QHeaderView>
+#include <QMenuBar>
+#include <QProcess>
+#include <QSignalSpy>
 #include <QSplitter>
 #include <QTabWidget>
+#include <optional>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -24,13 +30,22 @@ class Window : public WindowTest {
         QTest::keyClick(qualityfield(), Qt::Key_Delete);
         QTest::keyClicks(qualityfield(), text);
     }
-    void leavefield() { checkbox("preserveDATES")->setFocus(); }
-    void expectqualityenabled(bool enabled) {
+    // The options as shown: each box ticked or not, in the panel's order; the field; the slider;
+    // and each quality control (slider, field, re-encode box, label) free or greyed.
+    QString options() const {
+        QString shown;
+        for (const char* name : boxes)
+            shown += checkbox(name)->isChecked() ? '1' : '0';
+        shown += ' ' + qualityfield()->text() + ' ' + QString::number(slider()->value()) + ' ';
         for (QWidget* control : std::initializer_list<QWidget*>{
                  slider(), qualityfield(), checkbox("normalprocessall"), child("lbljpegquality")})
-            EXPECT_EQ(control->isEnabled(), enabled) << control->objectName().toStdString();
+            shown += control->isEnabled() ? '1' : '0';
+        return shown;
     }
+    static constexpr const char* boxes[] = {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation",
+                                            "normalprocessall", "preserveDATES"};
 };
+using Menu = WindowTest;
 
 } // namespace
 
@@ -40,16 +55,18 @@ TEST_F(Window, OpensAsDesignedWithTheOptionsOfAFirstLaunch) {
     EXPECT_FALSE(child<QWidget>("ProgressWheel1")->isVisible());
     auto* tabs = child<QTabWidget>("TabPanel1");
     EXPECT_EQ(tabs->count() == 1 ? tabs->tabText(0) : QString(), "Preferences");
-    EXPECT_TRUE(list()->isColumnHidden(PhotoListModel::PathColumn));
-    EXPECT_FALSE(list()->isColumnHidden(PhotoListModel::ThumbnailColumn));
+    // The list's and the toolbar's settings, in one sheet.
     EXPECT_EQ(QList<int>({list()->columnWidth(PhotoListModel::LabelColumn),
                           list()->columnWidth(PhotoListModel::ThumbnailColumn),
-                          list()->verticalHeader()->defaultSectionSize()}),
-              QList<int>({230, 80, 62}));
-    EXPECT_EQ(list()->horizontalHeader()->sectionResizeMode(PhotoListModel::NameColumn),
-              QHeaderView::Stretch);
-    EXPECT_EQ(list()->selectionMode(), QAbstractItemView::SingleSelection);
-
+                          list()->verticalHeader()->defaultSectionSize(),
+                          list()->isColumnHidden(PhotoListModel::PathColumn),
+                          list()->isColumnHidden(PhotoListModel::ThumbnailColumn),
+                          list()->horizontalHeader()->sectionResizeMode(PhotoListModel::NameColumn),
+                          list()->selectionMode(), window->toolbar()->toolButtonStyle(),
+                          window->toolbar()->isMovable()}),
+              QList<int>({230, 80, 62, true, false, QHeaderView::Stretch, QAbstractItemView::SingleSelection,
+                          Qt::ToolButtonTextUnderIcon, false}));
+    EXPECT_EQ(window->createPopupMenu(), nullptr);
     // The toolbar's buttons from left to right, each with its text as tip and an icon.
     int left = -1;
     for (const QString& button :
@@ -61,26 +78,15 @@ TEST_F(Window, OpensAsDesignedWithTheOptionsOfAFirstLaunch) {
         EXPECT_GT(window->toolbar()->widgetForAction(a)->x(), left) << qPrintable(button);
         left = window->toolbar()->widgetForAction(a)->x();
     }
-    EXPECT_EQ(window->toolbar()->toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
-    EXPECT_FALSE(window->toolbar()->isMovable());
-    EXPECT_EQ(window->createPopupMenu(), nullptr);
-
-    const std::tuple<const char*, const char*, bool> boxes[] = {
-        {"useexiforientation", "Use EXIF (Camera Settings) Orientation", true},
-        {"onlyloadwhenneeded", "Only Load Photos That Needs to be Rotated", false},
-        {"uselosslessrotation", "Use Lossless Rotation", true},
-        {"normalprocessall", "Process All Photos on the List (Normal Rotation)", false},
-        {"preserveDATES", "Preserve File Dates", false},
-    };
-    for (const auto& [name, caption, checked] : boxes) {
-        EXPECT_EQ(checkbox(name)->text(), caption);
-        EXPECT_EQ(checkbox(name)->isChecked(), checked) << name;
-    }
-    EXPECT_EQ(child("lbljpegquality")->text(), "JPEG Quality %");
-    EXPECT_EQ(qualityfield()->text(), "75");
-    EXPECT_EQ(QList<int>({slider()->value(), slider()->minimum(), slider()->maximum()}),
-              QList<int>({75, 10, 100}));
-    expectqualityenabled(false);
+    QStringList captions{child("lbljpegquality")->text()};
+    for (const char* name : boxes)
+        captions << checkbox(name)->text();
+    EXPECT_EQ(captions,
+              QStringList({"JPEG Quality %", "Use EXIF (Camera Settings) Orientation",
+                           "Only Load Photos That Needs to be Rotated", "Use Lossless Rotation",
+                           "Process All Photos on the List (Normal Rotation)", "Preserve File Dates"}));
+    EXPECT_EQ(options(), "10100 75 75 0000");
+    EXPECT_EQ(QList<int>({slider()->minimum(), slider()->maximum()}), QList<int>({10, 100}));
 }
 
 TEST_F(Window, LayoutHoldsAtEverySize) {
@@ -88,8 +94,7 @@ TEST_F(Window, LayoutHoldsAtEverySize) {
     QTest::qWait(0);
     EXPECT_GE(window->centralWidget()->width(), 912);
     EXPECT_GE(window->centralWidget()->height(), 549);
-    for (const char* name : {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation",
-                             "normalprocessall", "preserveDATES"}) {
+    for (const char* name : boxes) {
         const QCheckBox* box = checkbox(name);
         EXPECT_GE(box->width(), box->sizeHint().width()) << name;
         EXPECT_GE(box->parentWidget()->width(), box->geometry().right()) << name;
@@ -109,9 +114,7 @@ TEST_F(Window, LayoutHoldsAtEverySize) {
 }
 
 TEST_F(Window, ClosingAsksAfterStoringTheOptionsWhichTheNextLaunchShows) {
-    // Each box away from its default, in an order that lossless allows.
-    for (const char* name : {"uselosslessrotation", "normalprocessall", "useexiforientation",
-                             "onlyloadwhenneeded", "preserveDATES"})
+    for (const char* name : boxes) // each away from its default
         tick(name);
     qualityfield()->setText("64");
     dialogs.whileasking = [] {
@@ -125,30 +128,20 @@ TEST_F(Window, ClosingAsksAfterStoringTheOptionsWhichTheNextLaunchShows) {
               "Did You Want to Exit ?YesNo");
     EXPECT_TRUE(window->close());
     EXPECT_FALSE(window->isVisible());
-
     openwindow();
-    for (const char* name : {"onlyloadwhenneeded", "preserveDATES", "normalprocessall"})
-        EXPECT_TRUE(checkbox(name)->isChecked()) << name;
-    EXPECT_FALSE(checkbox("useexiforientation")->isChecked());
-    EXPECT_FALSE(checkbox("uselosslessrotation")->isChecked());
-    EXPECT_EQ(qualityfield()->text(), "64");
-    EXPECT_EQ(slider()->value(), 64);
-    expectqualityenabled(true);
+    EXPECT_EQ(options(), "01011 64 64 1111");
 }
 
 TEST_F(Window, LosslessGreysTheQualityControlsWhichKeepTheirValuesAndFollowEachOther) {
     tick("uselosslessrotation");
-    expectqualityenabled(true);
+    EXPECT_EQ(options(), "10000 75 75 1111");
     tick("normalprocessall");
     slider()->setFocus();
     slider()->setValue(42);
     EXPECT_EQ(qualityfield()->text(), "42");
     QTest::keyClick(slider(), Qt::Key_PageUp);
-    EXPECT_EQ(qualityfield()->text(), "62");
     tick("uselosslessrotation");
-    expectqualityenabled(false);
-    EXPECT_TRUE(checkbox("normalprocessall")->isChecked());
-    EXPECT_EQ(qualityfield()->text(), "62");
+    EXPECT_EQ(options(), "10110 62 62 0000");
 
     // The field moves the slider while it holds a number inside the range, and is held to the
     // range on leaving.
@@ -169,28 +162,165 @@ TEST_F(Window, LosslessGreysTheQualityControlsWhichKeepTheirValuesAndFollowEachO
         if (c.whiletyping != -1) {
             EXPECT_EQ(slider()->value(), c.whiletyping);
         }
-        leavefield();
-        EXPECT_EQ(qualityfield()->text(), c.shown);
-        EXPECT_EQ(slider()->value(), QString(c.shown).toInt());
+        checkbox("preserveDATES")->setFocus();
+        EXPECT_EQ(qualityfield()->text() + ' ' + QString::number(slider()->value()),
+                  c.shown + (' ' + QString(c.shown)));
     }
 }
 
 TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
-    QDir(datafolder()).removeRecursively();
-    QDir().mkpath(datafolder());
-    // A killed run leaves its lock file, its working file and the tool's copy of it.
-    const QStringList left{"xtemp.jpg", "xtemp.jpg_exiftool_tmp"};
-    for (const QString& name : QStringList{"xtemp.lock"} + left)
-        writebytes(datafolder() + '/' + name, "x");
+    // A killed run leaves its lock file and its working file, which goes.
+    ensurefolder(datafolder());
+    for (const char* name : {"/xtemp.lock", "/xtemp.jpg"})
+        writebytes(datafolder() + name, "x");
     ScriptedDialogs dialogs;
     NotedDesktop desktop;
     App app(dialogs, desktop);
-    for (const QString& name : left)
-        EXPECT_FALSE(QFileInfo::exists(datafolder() + '/' + name)) << qPrintable(name);
+    EXPECT_FALSE(QFileInfo::exists(datafolder() + "/xtemp.jpg"));
     EXPECT_TRUE(app.mainmodule().isVisible());
     EXPECT_NE(app.mainmodule().findChild<QAction*>("CheckforUpdatesItem"), nullptr);
     EXPECT_FALSE(QApplication::windowIcon().isNull());
     EXPECT_EQ(QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion(),
               "Pivotel 3.6.4");
     EXPECT_TRUE(QApplication::quitOnLastWindowClosed());
+}
+
+TEST_F(Menu, HoldsItsItemsInOrder) {
+    QStringList shown;
+    for (QAction* title : window->menuBar()->actions()) {
+        shown << title->menu()->objectName() + ':' + title->text();
+        for (QAction* entry : title->menu()->actions())
+            shown << (entry->isSeparator() ? "-" : entry->text());
+    }
+    EXPECT_EQ(shown.join('|'), "UntitledMenu1:File|Load Files|Load Folders|EditMenu:&Edit|&Undo|-|Cu&t|&Copy|"
+                               "&Paste|&Delete|-|Select &All|WindowMenu:Window|Minimize|-|" +
+                                   window->windowTitle().trimmed() +
+                                   "|FileMenu:&Help|&Quit|About Pivotel|Help Manual|-|Check for Updates");
+    EXPECT_EQ(item("CheckforUpdatesItem")->isVisible(), !forappstore);
+}
+
+TEST_F(Menu, EditActsOnTheControlInFocus) {
+    tick("uselosslessrotation"); // the quality field takes text only for a re-encoding run
+    QLineEdit* field = qualityfield();
+    field->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return field->hasFocus(); }));
+    for (const char* name : {"EditSelectAll", "EditCut"})
+        item(name)->trigger();
+    EXPECT_EQ(field->text(), QString());
+    for (const char* name : {"EditPaste", "EditPaste", "EditUndo"})
+        item(name)->trigger();
+    EXPECT_EQ(field->text(), "75");
+
+    load({{"a.jpg"}, {"b.jpg"}});
+    list()->selectRow(0);
+    list()->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list()->hasFocus(); }));
+    item("EditClear")->trigger();
+    EXPECT_EQ(rows(), "b.jpg:asis");
+    EXPECT_EQ(rowcounter(), "1 Photo");
+    EXPECT_TRUE(QFile::exists(path("a.jpg")));
+}
+
+TEST_F(Menu, AboutShowsTheYearOfEachOpeningAndHidesOnAClickAndHelpOpensTheManual) {
+    int year = 2030;
+    AboutWindow& about = menus->about();
+    about.setclock([&] { return QDate(year, 12, 31); });
+    item("FileAbout")->trigger();
+    ASSERT_TRUE(about.isVisible());
+    EXPECT_EQ(about.size(), QSize(296, 280));
+    const auto text = [&](const char* name) {
+        return about.findChild<QLabel*>(name)->text();
+    };
+    EXPECT_EQ(text("version"), "v " + versiontext());
+    EXPECT_EQ(text("Label2"), "Copyright © 2030 Zenthori Apps");
+    // The bundle's App.icns, read back.
+    EXPECT_FALSE(about.findChild<QLabel*>("ImageMBS1")->pixmap().isNull());
+
+    QTest::mouseClick(&about, Qt::LeftButton, {}, about.findChild<QLabel*>("Label3")->geometry().center());
+    EXPECT_EQ(desktop.opened, QList<QUrl>{QUrl("https://" + AboutWindow::website())});
+    EXPECT_TRUE(about.isVisible());
+    QTest::mouseClick(&about, Qt::LeftButton, {}, QPoint(20, 20));
+    EXPECT_FALSE(about.isVisible());
+    year = 2031;
+    item("FileAbout")->trigger();
+    EXPECT_TRUE(about.isVisible());
+    EXPECT_EQ(text("Label2"), "Copyright © 2031 Zenthori Apps");
+
+    desktop.opened.clear();
+    item("menuOnlineHelp")->trigger();
+    EXPECT_EQ(desktop.opened, QList<QUrl>{QUrl::fromLocalFile(PIVOTEL_TEST_RESOURCES "/pivotel.pdf")});
+}
+
+TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
+    // An HTTPS server with a certificate of its own, and a port that never answers; it ends when
+    // its input closes, or is killed with the QProcess.
+    QTemporaryDir folder;
+    QProcess server;
+    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    server.start("python3", {PIVOTEL_TEST_VERSIONSERVER, folder.path()});
+    while (!server.canReadLine() && server.waitForReadyRead(30000)) {
+    }
+    const QStringList ports = QString(server.readLine()).trimmed().split(' ');
+    ASSERT_EQ(ports.size(), 2);
+    const auto url = [&](const QString& name, int port) {
+        return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports[port], name);
+    };
+    const QString download = url(QSysInfo::buildCpuArchitecture() == "arm64" ? "download/pivotel-arm64.deb"
+                                                                             : "download/pivotel-amd64.deb",
+                                 0);
+    // Against the program's own version, e.g. 3.6.4: the same, and one newer as a number but
+    // older as text (3.16).
+    const QByteArray same = versiontext().toLatin1();
+    const QByteArray newer =
+        same.left(same.indexOf('.')) + '.' + QByteArray::number(same.split('.').value(1).toInt() + 10);
+    const QByteArray page = "<html><body>Sign in to this network</body></html>";
+    const QString uptodate = "You are currently up to date";
+    const QString unreachable = "Our Update Server cannot be reached at the moment. Please try again later";
+    const struct {
+        QByteArray body;
+        bool verbose;
+        QString said;                 // the version offered when there is an answer, else the message told
+        std::optional<bool> yes = {}; // the answer to the offer
+        int server = 0;               // 1: one that never answers, 2: a certificate nobody vouches for
+    } cases[] = {
+        {"99.0", true, "99.0", true},
+        {newer, true, newer, false},
+        {" \t99.1\r\n", false, "99.1", false},
+        {same, true, uptodate},
+        {"0.9.9", true, uptodate},
+        {same + ".0", true, uptodate},
+        {"google", true, unreachable},
+        {"99.0 beta", true, unreachable},
+        {same, false, {}},
+        {page, true, unreachable},
+        {page, false, {}},
+        {"", true, unreachable},
+        {"99." + QByteArray(5000, '1'), true, unreachable},
+        {"99.0", true, unreachable, {}, 2},
+        {"99.0", true, unreachable, {}, 1},
+    };
+    int n = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << n);
+        const QString name = QStringLiteral("v%1.txt").arg(n++);
+        writebytes(folder.filePath(name), c.body);
+        qputenv("PIVOTEL_UPDATE_URL", url(name, c.server == 1).toUtf8());
+        qputenv("PIVOTEL_UPDATE_CA", c.server == 2 ? "" : folder.filePath("cert.pem").toUtf8());
+        dialogs.told.clear();
+        dialogs.questions.clear();
+        desktop.opened.clear();
+        if (c.yes)
+            dialogs.answers.push_back(*c.yes);
+        QSignalSpy answered(&menus->updatecheck(), &UpdateCheck::answered);
+        c.verbose ? item("CheckforUpdatesItem")->trigger() : menus->checkforupdates(false);
+        // The window goes on while the server thinks.
+        EXPECT_TRUE(dialogs.told.isEmpty() && dialogs.questions.empty());
+        ASSERT_TRUE(answered.wait(60000));
+        EXPECT_EQ(dialogs.told, c.yes || c.said.isEmpty() ? QStringList() : QStringList{c.said});
+        EXPECT_EQ(dialogs.questions.empty() ? QString() : dialogs.questions.back().message,
+                  c.yes ? "There is an Updated Version " + c.said +
+                              " available. Do You Want to Download It Now ?"
+                        : QString());
+        EXPECT_EQ(desktop.opened, c.yes.value_or(false) ? QList<QUrl>{QUrl(download)} : QList<QUrl>{});
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "app/settingsstore.h"
 #include "services/desktop.h"
+#include "support/places.h"
 #include "support/qtprinting.h"
 #include "support/testphotos.h"
 #include "support/uniquefd.h"
@@ -10,6 +11,7 @@
 #include "ui/menus.h"
 
 #include <QCheckBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSlider>
@@ -17,9 +19,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <deque>
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/file.h>
 
 namespace pivotel::test {
 
@@ -82,13 +86,33 @@ struct Photo {
 // its controls.
 class WindowTest : public ::testing::Test {
   protected:
-    void SetUp() override;
+    void SetUp() override {
+        QFile::remove(settingslocation());
+        openwindow();
+    }
     void TearDown() override { window.reset(); }
-    void openwindow();
+    void openwindow() {
+        window.reset();
+        window = std::make_unique<MainModule>(dialogs, store);
+        menus = new Menus(*window, dialogs, desktop, PIVOTEL_TEST_RESOURCES);
+        window->show();
+        // Focus moves, and leaving a field is seen, only in the active window.
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
 
     QString path(const QString& name) const { return dir.filePath(name); }
     // Writes the photo (without the metadata tool, too slow for many) and returns its path.
-    QString photo(const Photo& photo);
+    QString photo(const Photo& photo) const {
+        const QString file = path(photo.name);
+        QDir().mkpath(QFileInfo(file).absolutePath());
+        writepattern(file, photo.size.width(), photo.size.height());
+        // A big-endian TIFF structure with one IFD of one entry: Orientation (0x0112), SHORT, 1.
+        QByteArray exif("Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 24);
+        if (photo.orientation != 0)
+            insertsegment(file, 0xE1, exif.append(char(0)).append(char(photo.orientation)).append(6, '\0'));
+        return file;
+    }
     // Writes the photos and loads the test's folder through Load Folders, without sub folders.
     void load(std::initializer_list<Photo> photos) {
         for (const Photo& one : photos)
@@ -116,11 +140,11 @@ class WindowTest : public ::testing::Test {
     QLineEdit* qualityfield() const { return child<QLineEdit>("jpgquality"); }
     QTableView* list() const { return child<QTableView>("Listbox1"); }
     QString rowcounter() const { return child("rowcounter")->text(); }
-    QStringList rows() const { // "name|label"
+    QString rows() const { // "name:action name:action", each action by its token ("cw", "asis", ...)
         QStringList all;
         for (qint64 r = 0; r < window->photolist().count(); ++r)
-            all << window->photolist().row(r).name + '|' + labelof(window->photolist().row(r).action);
-        return all;
+            all << window->photolist().row(r).name + ':' + tokenof(window->photolist().row(r).action);
+        return all.join(' ');
     }
     void loadfolder(const QString& folder, bool subfolders) { // and waits for the intake's end
         dialogs.folders.push_back(folder);
@@ -140,7 +164,16 @@ class WindowTest : public ::testing::Test {
     }
     // Starts a run that stands still at its first photo, a.jpg, right after announcing it, until
     // the lock returned, which every photo's rewrite takes, is let go.
-    UniqueFd startheldrun();
+    UniqueFd startheldrun() {
+        ensurefolder(datafolder());
+        UniqueFd lock(
+            ::open(QFile::encodeName(datafolder() + "/xtemp.lock"), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        EXPECT_EQ(::flock(lock.get(), LOCK_EX), 0);
+        press("start");
+        EXPECT_EQ(rowcounter(), "Starting ...");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rowcounter() == "Rotating a.jpg"; }, 60000));
+        return lock;
+    }
     bool waitforendofrun() {
         const qsizetype before = dialogs.told.size();
         return QTest::qWaitFor([&] { return dialogs.told.size() > before; }, 120000);
