@@ -33,8 +33,8 @@ struct ScriptedDialogs : Dialogs {
     std::deque<QStringList> files;
     std::deque<QString> folders;
     std::deque<bool> answers;
-    std::function<void()> whileasking, whiletelling; // run inside the next question, message
-    QStringList opened;                              // "title|start folder|types" of each chooser
+    std::function<void()> during; // run inside the next question or message
+    QStringList opened;           // "title|start folder|types" of each chooser
     std::vector<Question> questions;
     QStringList told;
 
@@ -49,14 +49,14 @@ struct ScriptedDialogs : Dialogs {
     }
     bool ask(QWidget*, const Question& question) override {
         questions.push_back(question);
-        if (whileasking)
-            std::exchange(whileasking, nullptr)();
+        if (during)
+            std::exchange(during, nullptr)();
         return next(answers, "question");
     }
     void tell(QWidget*, const QString& message) override {
         told << message;
-        if (whiletelling)
-            std::exchange(whiletelling, nullptr)();
+        if (during)
+            std::exchange(during, nullptr)();
     }
     template <typename T> static T next(std::deque<T>& script, const char* what) {
         if (script.empty()) {
