@@ -48,7 +48,7 @@ class Run : public WindowTest {};
 
 } // namespace
 
-TEST_F(Intake, LoadFoldersTakesThePhotosOfTheFolderChosenWithOrWithoutItsSubFolders) {
+TEST_F(Intake, LoadFoldersTakesAFolderWithOrWithoutItsSubFoldersAndLoadFilesTheChosenPhotos) {
     // The order of the folder scan is the scan's own test; here, that its photos arrive.
     for (const Photo& p : {Photo{"top/a.jpg", 6}, {"top/b/c.jpg", 8}, {"top/b/d/e.jpg", 3}, {"top/f.jpg"}})
         photo(p);
@@ -79,35 +79,17 @@ TEST_F(Intake, LoadFoldersTakesThePhotosOfTheFolderChosenWithOrWithoutItsSubFold
     EXPECT_EQ(dialogs.opened.last().section('|', 1), path("top"));
     EXPECT_EQ(dialogs.questions.size(), 2u);
     EXPECT_EQ(window->photolist().count(), 6);
-}
 
-TEST_F(Intake, TheIntakeOptionsDecideTheRows) {
-    for (const Photo& p : {Photo{"a.jpg", 6}, {"b.jpg", 1}, {"c.jpg"}})
-        photo(p);
-    // Each option alone, so that the two can't be swapped unnoticed.
-    const std::tuple<bool, bool, const char*> cases[] = {{true, false, "a.jpg:cw b.jpg:asis c.jpg:asis"},
-                                                         {true, true, "a.jpg:cw"},
-                                                         {false, true, "a.jpg:asis b.jpg:asis c.jpg:asis"}};
-    for (const auto& [useexif, onlyneeded, expected] : cases) {
-        press("clearlist");
-        checkbox("useexiforientation")->setChecked(useexif);
-        checkbox("onlyloadwhenneeded")->setChecked(onlyneeded);
-        loadfolder(dir.path(), false);
-        EXPECT_EQ(rows(), expected);
-    }
-}
-
-TEST_F(Intake, LoadFilesTakesTheChosenPhotosInOrder) {
-    const QString a = photo({"one/a.jpg", 6}), b = photo({"two/b.JPE", 3}), png = photo({"two/c.png"});
+    // Load Files takes the chosen JPEG photos in their order; the next dialog opens where the
+    // last file with a JPEG name lay, though it was refused.
+    const QString b = photo({"two/b.JPE", 3}), png = photo({"two/c.png"});
     writebytes(photo({"three/e.jpg"}), "not a photo");
-    dialogs.files = {{b, png, a, path("three/e.jpg")}, {}};
+    dialogs.files = {{b, png, path("top/a.jpg"), path("three/e.jpg")}, {}};
     press("loadfiles");
     settle();
-    EXPECT_EQ(rows(), "b.JPE:180 a.jpg:cw");
-    EXPECT_EQ(rowcounter(), "2 Photos");
-    EXPECT_EQ(dialogs.opened[0].section('|', 0, 0) + '|' + dialogs.opened[0].section('|', 2),
-              "Add Photos to List|jpg,jpeg,jfif,jpe");
-    // The next dialog opens where the last file with a JPEG name lay, though it was refused.
+    EXPECT_EQ(rows().section(' ', 6), "b.JPE:180 a.jpg:cw");
+    EXPECT_EQ(rowcounter(), "8 Photos");
+    EXPECT_EQ(dialogs.opened[4], "Add Photos to List|" + path("top") + "|jpg,jpeg,jfif,jpe");
     press("loadfiles");
     EXPECT_EQ(dialogs.opened.last().section('|', 1, 1), path("three"));
 }

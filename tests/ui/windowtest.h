@@ -59,12 +59,10 @@ struct ScriptedDialogs : Dialogs {
             std::exchange(during, nullptr)();
     }
     template <typename T> static T next(std::deque<T>& script, const char* what) {
-        if (script.empty()) {
-            ADD_FAILURE() << "a " << what << " that the script didn't expect";
-            return {};
-        }
-        T answer = script.front();
-        script.pop_front();
+        EXPECT_FALSE(script.empty()) << "a " << what << " that the script didn't expect";
+        const T answer = script.empty() ? T() : script.front();
+        if (!script.empty())
+            script.pop_front();
         return answer;
     }
 };
@@ -90,7 +88,6 @@ class WindowTest : public ::testing::Test {
         QFile::remove(settingslocation());
         openwindow();
     }
-    void TearDown() override { window.reset(); }
     void openwindow() {
         window.reset();
         window = std::make_unique<MainModule>(dialogs, store);
