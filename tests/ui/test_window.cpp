@@ -241,8 +241,7 @@ TEST_F(Menu, AboutShowsTheYearOfEachOpeningAndHidesOnAClickAndHelpOpensTheManual
 }
 
 TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
-    // An HTTPS server with a certificate of its own, and a port that never answers; it ends when
-    // its input closes, or is killed with the QProcess.
+    // An HTTPS server with a certificate of its own, and a port that never answers.
     QTemporaryDir folder;
     QProcess server;
     server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -257,8 +256,7 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
     const QString download = url(QSysInfo::buildCpuArchitecture() == "arm64" ? "download/pivotel-arm64.deb"
                                                                              : "download/pivotel-amd64.deb",
                                  0);
-    // Against the program's own version, e.g. 3.6.4: the same, and one newer as a number but
-    // older as text (3.16).
+    // Against the program's own version, e.g. 3.6.4: the same, and one newer but older as text (3.16).
     const QByteArray same = versiontext().toLatin1();
     const QByteArray newer =
         same.left(same.indexOf('.')) + '.' + QByteArray::number(same.split('.').value(1).toInt() + 10);

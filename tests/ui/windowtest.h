@@ -3,7 +3,6 @@
 #include "app/settingsstore.h"
 #include "services/desktop.h"
 #include "support/places.h"
-#include "support/qtprinting.h"
 #include "support/testphotos.h"
 #include "support/uniquefd.h"
 #include "ui/dialogs.h"
@@ -20,9 +19,7 @@
 #include <QTest>
 #include <deque>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <sys/file.h>
 
 namespace pivotel::test {
@@ -121,10 +118,8 @@ class WindowTest : public ::testing::Test {
         EXPECT_NE(found, nullptr) << qPrintable(name);
         return found;
     }
-    // A menu item, or a toolbar button's action by its identifier.
     QAction* item(const char* name) const { return child<QAction>(name); }
-    // A toolbar button, pressed with the mouse.
-    void press(const QString& identifier) {
+    void press(const QString& identifier) { // a toolbar button, with the mouse
         QTest::mouseClick(child<QWidget>(identifier + "button"), Qt::LeftButton);
     }
     QCheckBox* checkbox(const char* name) const { return child<QCheckBox>(name); }
