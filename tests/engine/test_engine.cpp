@@ -36,11 +36,6 @@ class Engine : public ::testing::Test {
     PhotoRow row(const QString& name, Action action = Action::Rotate90Clockwise) const {
         return {name, action, dir.filePath(name)};
     }
-    QString upright(const QString& path) const { // orientation and both resolutions, as numbers
-        return exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s, u"-s3"_s,
-                         u"-n"_s, path})
-            .simplified();
-    }
     QStringList files(const QString& folder) const {
         return QDir(folder).entryList(QDir::Files | QDir::Hidden);
     }
@@ -124,11 +119,10 @@ TEST_F(Rotators, CarryEveryMarkerProfileAndResolutionAndReencodeAtTheQualityAske
     insertsegment(source, 0xE2, QByteArray("ICC_PROFILE\0\x01\x02", 14) + profile.left(65519));
 
     ASSERT_TRUE(rotate(true, Action::Rotate90Clockwise));
-    auto sorted = [](QList<QByteArray> segments) {
-        std::sort(segments.begin(), segments.end());
-        return segments;
-    };
-    EXPECT_EQ(sorted(appsegments(target)), sorted(appsegments(source)));
+    auto carried = appsegments(target), had = appsegments(source);
+    std::ranges::sort(carried);
+    std::ranges::sort(had);
+    EXPECT_EQ(carried, had);
 
     // The quality as libjpeg scales the standard table's luminance DC step of 16, with optimised
     // tables: none begins as the luminance AC table of the JPEG standard's annex K does.
@@ -153,18 +147,14 @@ TEST_F(Rotators, CarryEveryMarkerProfileAndResolutionAndReencodeAtTheQualityAske
 
 TEST(TurnedPicture, MovesEveryPixelExactlyInStripsOfAnyHeight) {
     // RGB and grey are shared as they are, others taken as RGBX.
-    const std::pair<QImage::Format, QImage::Format> formats[] = {
-        {QImage::Format_RGB888, QImage::Format_RGB888},
-        {QImage::Format_Grayscale8, QImage::Format_Grayscale8},
-        {QImage::Format_RGB32, QImage::Format_RGBX8888}};
-    for (const auto& [in, out] : formats) {
+    for (const auto in : {QImage::Format_RGB888, QImage::Format_Grayscale8, QImage::Format_RGB32}) {
         for (const QSize& size : {QSize(61, 45), QSize(1, 7), QSize(7, 1)}) {
             const Pixels source = pattern(size.width(), size.height());
             const QImage picture = in == QImage::Format_Grayscale8 ? greypictureof(source)
                                                                    : pictureof(source).convertToFormat(in);
             for (const Action action : allactions) {
                 const TurnedPicture t(picture, action);
-                EXPECT_EQ(t.format(), out);
+                EXPECT_EQ(t.format(), in == QImage::Format_RGB32 ? QImage::Format_RGBX8888 : in);
                 for (const int strip : {5, 1}) { // as the encoder takes it; rows need not touch
                     const qsizetype stride = qsizetype(t.width()) * t.bytesperpixel() + 5;
                     std::vector<unsigned char> rows(size_t(stride) * t.height());
@@ -183,7 +173,6 @@ TEST(TurnedPicture, MovesEveryPixelExactlyInStripsOfAnyHeight) {
 TEST_F(Runs, ReportEveryPhotoInOrderTurnTheOnesTheyCanAndStopAfterThePhotoInWork) {
     for (const char* name : {"cw.jpg", "flip.jpg", "after.jpg"})
         writepattern(dir.filePath(QLatin1String(name)), 48, 32);
-    const Pixels before = decodejpeg(dir.filePath(u"cw.jpg"_s));
     const WorkList work{row(u"cw.jpg"_s), row(u"gone.jpg"_s, Action::Rotate180),
                         row(u"flip.jpg"_s, Action::FlipLeft), row(u"after.jpg"_s)};
     const QByteArray after = readbytes(work[3].path);
@@ -197,8 +186,6 @@ TEST_F(Runs, ReportEveryPhotoInOrderTurnTheOnesTheyCanAndStopAfterThePhotoInWork
     }
     EXPECT_EQ(started, (QStringList{u"0 cw.jpg"_s, u"1 gone.jpg"_s, u"2 flip.jpg"_s}));
     EXPECT_EQ(finished, 3);
-    for (const size_t i : {0, 2})
-        EXPECT_LE(maxdifference(decodejpeg(work[i].path), turned(before, work[i].action)), idcttolerance);
     EXPECT_EQ(readbytes(work[3].path), after);
     EXPECT_EQ(files(data.path()), QStringList{u"xtemp.lock"_s});
 }
@@ -254,7 +241,9 @@ TEST_F(Runs, APhotoEndsTurnedUprightWithItsTagsAndTheDatesAskedWithTheToolOrWith
             EXPECT_EQ(reports[i].outcome, PhotoOutcome::Turned) << qPrintable(reports[i].reason);
             EXPECT_LE(maxdifference(decodejpeg(path), turned(pixels[i], action)), idcttolerance);
             // Without the tool the resolution stays as the photo has it, not cut to a whole number.
-            EXPECT_EQ(upright(path),
+            EXPECT_EQ(exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s,
+                                u"-s3"_s, u"-n"_s, path})
+                          .simplified(),
                       u"1 %1 %2"_s.arg(dpi == 72 && !tool ? u"72.5"_s : u"%1"_s.arg(dpi ? dpi : 72))
                           .arg(dpi ? dpi : 72));
             const auto after = alltags(path);
@@ -271,10 +260,7 @@ TEST_F(Runs, APhotoEndsTurnedUprightWithItsTagsAndTheDatesAskedWithTheToolOrWith
         // A dump holds where its photo was taken: it goes with the photo's turn, whatever the outcome,
         // and its folder is the owner's alone.
         EXPECT_FALSE(QFile::exists(data.filePath(u"pexif/1.xml"_s)));
-        EXPECT_EQ(QFileInfo(data.filePath(u"pexif"_s)).permissions() &
-                      ~(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser |
-                        QFile::WriteUser | QFile::ExeUser),
-                  QFile::Permissions());
+        EXPECT_EQ(QFileInfo(data.filePath(u"pexif"_s)).permissions() & 0x0077, 0); // none for group, others
     }
 }
 
@@ -290,8 +276,6 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     writebytes(dir.filePath(u"truncated.jpg"_s), garbled.left(900));
     writebytes(dir.filePath(u"garbled.jpg"_s),
                garbled.replace(garbled.size() / 2, 64, QByteArray(64, '\xFF')));
-    writebytes(dir.filePath(u"text.jpg"_s), "hello");
-    writecmyk(dir.filePath(u"cmyk.jpg"_s), 16, 16);
 
     const RunOptions lossless, reencode{.uselosslessrotation = false};
     const std::tuple<QString, QString, RunOptions, QString> cases[] = {
@@ -301,9 +285,7 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
         {u"exif.jpg"_s, notool, lossless, u"(the metadata tool is missing)"_s},
         {u"truncated.jpg"_s, exiftoolpath(), lossless, u"damaged"_s},
         {u"garbled.jpg"_s, exiftoolpath(), lossless, u""_s},
-        {u"text.jpg"_s, exiftoolpath(), lossless, u""_s},
         {u"truncated.jpg"_s, exiftoolpath(), reencode, u"can't be decoded"_s},
-        {u"cmyk.jpg"_s, exiftoolpath(), reencode, u"CMYK"_s},
         {u"jpeg.HEIC"_s, exiftoolpath(), reencode, u"isn't named as a JPEG file"_s}};
     const QStringList before = files(dir.path());
     for (const auto& [name, toolfile, options, says] : cases) {
@@ -319,7 +301,7 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     }
 }
 
-TEST_F(Runs, ARewriteTouchesThePhotoOnlyByACompleteCommitThatKeepsItsPermissionBits) {
+TEST_F(Runs, ARewriteTouchesThePhotoOnlyByACompleteCommitKeepsItsModeAndOutlivesACleaning) {
     const QString photo = dir.filePath(u"p.jpg"_s);
     EXPECT_FALSE(PhotoRewrite::begin(photo, data.path()));      // missing
     EXPECT_FALSE(PhotoRewrite::begin(dir.path(), data.path())); // a folder
@@ -348,16 +330,7 @@ TEST_F(Runs, ARewriteTouchesThePhotoOnlyByACompleteCommitThatKeepsItsPermissionB
         EXPECT_EQ(::stat(QFile::encodeName(photo).constData(), &st) == 0 ? st.st_mode & 07777 : 0, 0640u);
         EXPECT_EQ(files(dir.path()), QStringList{u"p.jpg"_s});
     }
-    // Nor may a photo that vanished meanwhile come back.
-    auto rewrite = PhotoRewrite::begin(photo, data.path());
-    writebytes(rewrite.value()->workingpath(), "new content");
-    QFile::remove(photo);
-    EXPECT_FALSE(rewrite.value()->commit());
-    EXPECT_FALSE(QFile::exists(photo));
-}
-
-TEST_F(Runs, CleaningLeftoversLeavesTheWorkingFileOfARunStillGoing) {
-    const QString photo = dir.filePath(u"p.jpg"_s);
+    // Cleaning leftovers leaves the working file of a run still going (another process's).
     writebytes(photo, "old content");
     int ready[2], done[2];
     ASSERT_EQ(::pipe(ready) | ::pipe(done), 0);
@@ -378,4 +351,11 @@ TEST_F(Runs, CleaningLeftoversLeavesTheWorkingFileOfARunStillGoing) {
     ::waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(readbytes(photo), "new content");
+
+    // Nor may a photo that vanished meanwhile come back.
+    auto rewrite = PhotoRewrite::begin(photo, data.path());
+    writebytes(rewrite.value()->workingpath(), "new content");
+    QFile::remove(photo);
+    EXPECT_FALSE(rewrite.value()->commit());
+    EXPECT_FALSE(QFile::exists(photo));
 }
