@@ -151,9 +151,9 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
         datahome(GetParam() ? u"/dev/shm/pivotel-XXXXXX"_s : QDir::tempPath() + u"/p-XXXXXX"_s);
     const int photocount = 30, kills = qEnvironmentVariableIntValue("PIVOTEL_STRESS") == 1 ? 16 : 3;
     std::vector<std::pair<QByteArray, Pixels>> kinds; // the original, and the turned one as it must decode
-    for (const auto& [orientation, action] : {std::pair{6, Action::Rotate90Clockwise},
-                                              {8, Action::Rotate90Counterclockwise},
-                                              {3, Action::Rotate180}}) {
+    // Neighbours differ, so that no photo can take another's place unseen.
+    for (const auto& [orientation, action] :
+         {std::pair{6, Action::Rotate90Clockwise}, {3, Action::Rotate180}}) {
         writetaggedphoto(datahome.filePath(u"t.jpg"_s), 320, 240, orientation, 300);
         kinds.emplace_back(readbytes(datahome.filePath(u"t.jpg"_s)),
                            turned(decodejpeg(datahome.filePath(u"t.jpg"_s)), action));
@@ -202,8 +202,7 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
         process.waitForFinished(30000);
         ASSERT_TRUE(progress.contains(announced)) << "round " << round << ": " << progress.constData();
         // Every photo before the one in work was finished when it was announced.
-        const std::string when = "after the kill at photo " + std::to_string(target);
-        EXPECT_GE(checkwhole(when), target) << when;
+        EXPECT_GE(checkwhole("after the kill at photo " + std::to_string(target)), target) << round;
     }
     const CliResult last = runcli({photos.path()}, datahome.path());
     EXPECT_EQ(last.exitcode, 0) << qPrintable(last.err);

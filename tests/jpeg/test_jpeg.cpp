@@ -3,7 +3,6 @@
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
 #include "jpeg/segments.h"
-#include "jpeg/transform.h"
 #include "support/othercolours.h"
 
 #include <QFile>
@@ -199,18 +198,4 @@ TEST_F(Jpeg, EncodesEveryRowOfEachFormatHalvingChromaOnlyBelowNinety) {
     EXPECT_FALSE(encodejpeg(ImageRows(pictureof(source)), {}, file("missing/new.jpg")));
     writecmyk(file("cmyk.jpg"), 8, 8); // TurboJPEG stores CMYK as YCCK
     EXPECT_EQ(probejpeg(file("cmyk.jpg"))->colorspace, JpegColorSpace::Ycck);
-}
-
-// Keep is what the engine's lossless turns use (their tests show it); Trim drops the partial blocks
-// of a photo whose size isn't whole blocks, here those a quarter turn would have to move.
-TEST_F(Jpeg, TransformTrimTurnsTheWholeBlocksExactly) {
-    writepattern(file("odd.jpg"), 61, 45, Sampling::S420); // blocks of 16 x 16: 48 x 32 of them whole
-    const Pixels original = decodejpeg(file("odd.jpg"));
-    ASSERT_TRUE(
-        transformjpeg(readbytes(file("odd.jpg")), JpegTransform::Rotate90, EdgePolicy::Trim, file("t.jpg")));
-    Pixels cropped{61, 32, {}};
-    for (int y = 0; y < 32; ++y)
-        cropped.rgb.insert(cropped.rgb.end(), original.at(0, y), original.at(0, y) + 61 * 3);
-    EXPECT_LE(maxdifference(decodejpeg(file("t.jpg")), turned(cropped, Action::Rotate90Clockwise)),
-              idcttolerance);
 }

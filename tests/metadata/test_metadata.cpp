@@ -48,23 +48,19 @@ TEST(ExifTool, OddPathsReachTheToolUnchangedAndAnOutputLargerThanAPipeIsReadWhol
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), names.size() + 2);
 }
 
-TEST(ExifTool, OneProcessServesEveryCommandKeepsEachResultApartAndIsReplacedWhenItDies) {
+TEST(ExifTool, OneProcessServesEveryCommandAFailureIsNoWarningAndItIsReplacedWhenItDies) {
     QTemporaryDir dir;
-    const QString photo = dir.filePath(u"p.jpg"_s), missing = dir.filePath(u"missing.jpg"_s);
+    const QString photo = dir.filePath(u"p.jpg"_s);
     writepattern(photo, 16, 16);
-    writetags(photo, {u"-Make=First"_s});
     ExifTool tool(exiftoolpath(), ToolMode::StayOpen);
-    const ToolResult first = tool.run({u"-s3"_s, u"-Make"_s, photo});
+    const ToolResult failed = tool.run({u"-s3"_s, u"-Make"_s, dir.filePath(u"missing.jpg"_s)});
     const qint64 pid = tool.processid();
     ASSERT_NE(pid, 0);
-    const ToolResult failed = tool.run({u"-s3"_s, u"-Make"_s, missing});
     const ToolResult warned = tool.run({u"-s3"_s, u"-Make"_s, photo, photo});
-    const ToolResult last = tool.run({u"-s3"_s, u"-Make"_s, photo});
-    EXPECT_TRUE(first.ok() && first.err.isEmpty() && first.out == "First\n") << first.out.constData();
     EXPECT_TRUE(failed.exitcode == 1 && failed.out.isEmpty()) << failed.out.constData();
     EXPECT_EQ(failed.failuretext(), u"File not found"_s);
     EXPECT_TRUE(warned.ok()) << warned.err.constData();
-    EXPECT_TRUE(last.ok() && last.err.isEmpty() && last.out == "First\n") << last.err.constData();
+    EXPECT_TRUE(tool.run({u"-ver"_s}).err.isEmpty());
     EXPECT_EQ(tool.processid(), pid);
 
     ::kill(pid_t(pid), SIGKILL);
