@@ -110,20 +110,20 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
                                                                                      : argument;
         if (QByteArray(c.says).startsWith("--quality needs a"))
             arguments = {u"--reencode"_s, "--quality="_L1 + QLatin1String(c.arguments), path(u"six"_s)};
-        const std::string what = arguments.join(u' ').toStdString();
+        SCOPED_TRACE(arguments.join(u' ').toStdString());
         for (auto it = photos.begin(); it != photos.end(); ++it) {
             writebytes(path(it.key()), it.value());
             ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path(it.key())).constData(), old, 0), 0);
         }
         const CliResult result = runcli(arguments, data.path());
-        EXPECT_EQ(result.exitcode, c.exitcode) << what << ": " << qPrintable(result.err);
-        EXPECT_TRUE(result.err.contains(QLatin1String(c.says))) << what << ": " << qPrintable(result.err);
-        EXPECT_TRUE(result.out.contains(c.out)) << what << ": " << qPrintable(result.out);
+        EXPECT_EQ(result.exitcode, c.exitcode) << qPrintable(result.err);
+        EXPECT_TRUE(result.err.contains(QLatin1String(c.says))) << qPrintable(result.err);
+        EXPECT_TRUE(result.out.contains(c.out)) << qPrintable(result.out);
         const QStringList changed = QString::fromLatin1(c.changed).split(u' ', Qt::SkipEmptyParts);
         for (auto it = photos.begin(); it != photos.end(); ++it) {
             const qint64 modified = QFileInfo(path(it.key())).lastModified().toMSecsSinceEpoch();
             ASSERT_EQ(readbytes(path(it.key())) != it.value(), changed.contains(it.key()))
-                << what << ": " << qPrintable(it.key());
+                << qPrintable(it.key());
             if (!changed.contains(it.key()))
                 continue;
             // Turned as the action or the orientation says, by the way asked, the dates kept if asked.
@@ -131,11 +131,10 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
                                       ? Action::Rotate180
                                       : actionfororientation(orientations[it.key()]);
             // Any other turn moves the mark, 190 steps off, or reverses a gradient.
-            EXPECT_LE(maxdifference(decodejpeg(path(it.key())), turned(original, action)), c.tolerance)
-                << what;
-            EXPECT_EQ(isprogressive(path(it.key())), c.dc == 0) << what;
-            EXPECT_EQ(c.dc ? segmentbodies(path(it.key()), 0xDB).value(0).at(1) : 0, c.dc) << what;
-            EXPECT_EQ(modified == 981173106123, arguments.contains(u"--preserve-dates"_s)) << what;
+            EXPECT_LE(maxdifference(decodejpeg(path(it.key())), turned(original, action)), c.tolerance);
+            EXPECT_EQ(isprogressive(path(it.key())), c.dc == 0);
+            EXPECT_EQ(c.dc ? segmentbodies(path(it.key()), 0xDB).value(0).at(1) : 0, c.dc);
+            EXPECT_EQ(modified == 981173106123, arguments.contains(u"--preserve-dates"_s));
         }
     }
 }
@@ -239,11 +238,12 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
         {true, true, 1, "can't be set upright"}}; // room for the working file, not for the tool's copy
     int n = 0;
     for (const auto& [ondisk, dataondisk, copies, why] : cases) {
+        SCOPED_TRACE(why);
         const QString disk = top.filePath(u"disk%1"_s.arg(n++)), folder = disk + u"/photos"_s;
         const QString datahome = dataondisk ? disk + u"/data"_s : elsewhere.path();
         QDir().mkpath(disk);
-        ASSERT_EQ(ondisk ? ::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m") : 0,
-                  0);
+        ASSERT_TRUE(!ondisk ||
+                    ::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m") == 0);
         QDir().mkpath(folder);
         for (const QString& name : names)
             writebytes(folder + '/'_L1 + name, bytes);
@@ -257,18 +257,17 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
             ::chmod(QFile::encodeName(place).constData(), 0777);
         ::chmod(QFile::encodeName(folder).constData(), ondisk ? 0777 : 0555);
         const CliResult run = runcli({u"--json"_s, folder}, datahome, ondisk ? QStringList() : nobody);
-        EXPECT_EQ(run.exitcode, 1) << why << ": " << qPrintable(run.err);
+        EXPECT_EQ(run.exitcode, 1) << qPrintable(run.err);
         const QJsonArray failed = QJsonDocument::fromJson(run.out.toUtf8())[u"failed"_s].toArray();
-        EXPECT_EQ(failed.size(), 2) << why << ": " << qPrintable(run.err);
+        EXPECT_EQ(failed.size(), 2) << qPrintable(run.err);
         for (const QJsonValue& entry : failed)
             EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(why)))
                 << qPrintable(entry[u"reason"_s].toString());
-        EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden), names) << why;
+        EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden), names);
         for (const QString& name : names)
-            EXPECT_EQ(readbytes(folder + '/'_L1 + name), bytes) << why;
-        EXPECT_EQ(QDir(datahome + u"/com.zenthori.pivotel"_s).entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}),
-                  QStringList())
-            << why;
+            EXPECT_EQ(readbytes(folder + '/'_L1 + name), bytes);
+        const QDir own(datahome + u"/com.zenthori.pivotel"_s);
+        EXPECT_TRUE(own.entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}).isEmpty());
         ::chmod(QFile::encodeName(folder).constData(), 0755);
         if (ondisk)
             ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH);

@@ -81,22 +81,20 @@ TEST(ExifTool, AToolThatHangsDiesOrIsMissingIsAFailureWithAReason) {
                                                     "'; exec sleep 60; fi\nexec '" +
                                                     QFile::encodeName(exiftoolpath()) + "' \"$@\"\n");
     const QString dies = writefaketool(dir.filePath(u"dies"_s), "echo 'Error: gone' >&2\nkill -9 $$\n");
-    const struct {
-        QString toolfile;
-        QString says;
-        bool nextok; // the next command runs in a new process
-    } cases[] = {{hangs, u"the metadata tool did not answer in time"_s, true},
-                 {dies, u"the metadata tool stopped unexpectedly"_s, false},
-                 {dir.filePath(u"no-such-tool"_s), u"the metadata tool could not be started"_s, false}};
-    for (const auto& c : cases) {
+    // The tool, what its failure says, and whether the next command runs in a new process.
+    const std::tuple<QString, QString, bool> cases[] = {
+        {hangs, u"the metadata tool did not answer in time"_s, true},
+        {dies, u"the metadata tool stopped unexpectedly"_s, false},
+        {dir.filePath(u"no-such-tool"_s), u"the metadata tool could not be started"_s, false}};
+    for (const auto& [toolfile, says, nextok] : cases) {
         for (const ToolMode mode : bothmodes) {
             QFile::remove(QFile::decodeName(flag));
-            ExifTool tool(c.toolfile, mode, 3000);
+            ExifTool tool(toolfile, mode, 3000);
             const ToolResult result = tool.run({u"-ver"_s});
             EXPECT_FALSE(result.ok());
-            EXPECT_EQ(result.failuretext(), c.says) << int(mode);
+            EXPECT_EQ(result.failuretext(), says) << int(mode);
             EXPECT_EQ(tool.processid(), 0) << int(mode);
-            EXPECT_EQ(tool.run({u"-ver"_s}).ok(), c.nextok) << qPrintable(c.says) << int(mode);
+            EXPECT_EQ(tool.run({u"-ver"_s}).ok(), nextok) << qPrintable(says) << int(mode);
         }
     }
 }
@@ -119,9 +117,8 @@ TEST(StartEngine, RunsTheToolWithVerWithoutWaitingAndSkipsAMissingOne) {
     EXPECT_EQ(readbytes(seen), "-ver\n");
 }
 
-// The rotators have carried the EXIF block already: a tool that refuses the photo loses nothing,
-// while one that can't copy the block back must not pass for done. (The runs' tests cover the
-// rest, a dump by a dying tool among it.)
+// The rotators have carried the EXIF block already: a tool that refuses the photo loses nothing, while
+// one that can't copy the block back must not pass for done (tests/engine: a dump by a dying tool).
 TEST(ExifTransplant, AToolThatRefusesIsNoFailureOneThatCantRunIs) {
     QTemporaryDir dir;
     const QString photo = dir.filePath(u"tagged.jpg"_s), text = dir.filePath(u"text.jpg"_s);
@@ -132,8 +129,8 @@ TEST(ExifTransplant, AToolThatRefusesIsNoFailureOneThatCantRunIs) {
     EXPECT_TRUE(transplant.extractexiftofile(dir.filePath(u"gone.jpg"_s)));
     EXPECT_EQ(readbytes(transplant.dumpfile()), "\n"); // nothing to copy later
     ASSERT_TRUE(transplant.extractexiftofile(photo));
-    EXPECT_TRUE(
-        readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n")); // the tool's text and a line end
+    // The tool's text and a line end.
+    EXPECT_TRUE(readbytes(transplant.dumpfile()).endsWith("</rdf:RDF>\n\n"));
     EXPECT_TRUE(transplant.copycr2tojpgexif(text));
     EXPECT_EQ(readbytes(text), "not a photo at all");
     EXPECT_EQ(broken.copycr2tojpgexif(photo).reason(),
