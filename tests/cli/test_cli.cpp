@@ -206,6 +206,8 @@ TEST_P(Killed, EveryPhotoStaysWhole) {
     const CliResult last = runcli({photos.path()}, datahome.path());
     EXPECT_EQ(last.exitcode, 0) << qPrintable(last.err);
     EXPECT_EQ(checkwhole("after the last run"), photocount);
+    for (int i = 0; i < photocount; ++i)
+        EXPECT_EQ(readtag(photo(i), u"IFD0:Orientation"_s, true), u"1"_s) << i;
     // Nothing of the killed runs is left: not beside the photos, not in the data folder.
     EXPECT_EQ(QDir(photos.path()).entryList(QDir::Files | QDir::Hidden).size(), photocount + mine.size());
     EXPECT_EQ(QDir(datahome.filePath(u"com.zenthori.pivotel"_s)).entryList(QDir::Files | QDir::Hidden),
