@@ -43,10 +43,6 @@ bool IntakeJob::wait(QDeadlineTimer deadline) {
     return !thread_ || thread_->wait(deadline);
 }
 
-bool IntakeJob::isrunning() const {
-    return thread_ && thread_->isRunning();
-}
-
 void IntakeJob::setoptions(const AdmissionOptions& options) {
     const std::lock_guard lock(mutex_);
     options_ = options;

@@ -36,7 +36,6 @@ class IntakeJob : public QObject {
     void start();
     void cancel();
     [[nodiscard]] bool wait(QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
-    [[nodiscard]] bool isrunning() const;
     // The options a photo not yet judged is judged by: the user may change them mid-intake.
     void setoptions(const AdmissionOptions& options);
 

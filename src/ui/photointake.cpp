@@ -98,7 +98,6 @@ void PhotoIntake::endjob(bool cancelled) {
     window_.updatecounter();
     window_.showwheel(false);
     const std::function<void()> then = std::exchange(then_, {});
-    emit finished();
     if (!cancelled && then)
         then();
 }
@@ -114,7 +113,6 @@ void PhotoIntake::abandon() {
     state_.isloading = false;
     window_.updatecounter();
     window_.showwheel(false);
-    emit finished();
 }
 
 void PhotoIntake::optionschanged() {

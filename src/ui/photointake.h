@@ -47,14 +47,6 @@ class PhotoIntake : public QObject {
     // The user changed the intake options: photos not yet judged follow them.
     void optionschanged();
 
-    // The folder the next dialog opens on: the folder of the file last taken by Load Files or
-    // the folder chosen by Load Folders; empty before either.
-    [[nodiscard]] const QString& nowfolder() const { return nowfolder_; }
-
-  signals:
-    // A job has ended, cancelled or not.
-    void finished();
-
   private:
     [[nodiscard]] QString startfolder() const;
     void startjob(IntakeRequest request, std::function<void()> then);
@@ -64,6 +56,8 @@ class PhotoIntake : public QObject {
     ListState& state_;
     Dialogs& dialogs_;
     Window window_;
+    // The folder the next dialog opens on: the folder of the file last taken by Load Files or
+    // the folder chosen by Load Folders; empty before either.
     QString nowfolder_;
     bool asking_ = false;
     std::unique_ptr<IntakeJob> job_;
