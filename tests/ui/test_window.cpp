@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QHeaderView>
 #include <QMenuBar>
 #include <QProcess>
 #include <QSignalSpy>
@@ -47,18 +46,6 @@ TEST_F(Window, OpensAsDesignedWithTheOptionsOfAFirstLaunch) {
     EXPECT_EQ(rowcounter(), "0 Photos");
     EXPECT_FALSE(child<QWidget>("ProgressWheel1")->isVisible());
     EXPECT_EQ(child<QTabWidget>("TabPanel1")->tabText(0), "Preferences");
-    // The list's and the toolbar's settings, in one sheet.
-    EXPECT_EQ(QList<int>({list()->columnWidth(PhotoListModel::LabelColumn),
-                          list()->columnWidth(PhotoListModel::ThumbnailColumn),
-                          list()->verticalHeader()->defaultSectionSize(),
-                          list()->isColumnHidden(PhotoListModel::PathColumn),
-                          list()->isColumnHidden(PhotoListModel::ThumbnailColumn),
-                          list()->horizontalHeader()->sectionResizeMode(PhotoListModel::NameColumn),
-                          list()->selectionMode(), window->toolbar()->toolButtonStyle(),
-                          window->toolbar()->isMovable()}),
-              QList<int>({230, 80, 62, true, false, QHeaderView::Stretch, QAbstractItemView::SingleSelection,
-                          Qt::ToolButtonTextUnderIcon, false}));
-    EXPECT_EQ(window->createPopupMenu(), nullptr);
     QStringList buttons; // left to right, each with its text as tip and an icon
     for (const QAction* a : window->toolbar()->actions()) {
         if (!a->text().isEmpty())
