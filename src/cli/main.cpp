@@ -129,7 +129,7 @@ int main(int argc, char* argv[]) {
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
         for (const PhotoReport& photo : done) {
             if (photo.outcome == PhotoOutcome::Turned)
-                report.turned.push_back({photo.photo.path, labelof(photo.photo.action)});
+                report.turned.push_back({photo.photo.path, labelof(photo.photo.action), photo.notes});
             else
                 report.failed.push_back({photo.photo.path, photo.reason});
         }

@@ -14,8 +14,12 @@ QString photos(qsizetype n) {
 
 QJsonArray entries(const std::vector<Entry>& list, const QString& key) {
     QJsonArray array;
-    for (const Entry& entry : list)
-        array.append(QJsonObject{{QStringLiteral("path"), entry.path}, {key, entry.text}});
+    for (const Entry& entry : list) {
+        QJsonObject object{{QStringLiteral("path"), entry.path}, {key, entry.text}};
+        if (!entry.notes.isEmpty())
+            object.insert(QStringLiteral("notes"), QJsonArray::fromStringList(entry.notes));
+        array.append(object);
+    }
     return array;
 }
 
@@ -35,6 +39,13 @@ QString RunReport::summarytext() const {
                     .arg(skipped.size())
                     .arg(failed.size());
     }
+    QString noted;
+    for (const Entry& entry : turned) {
+        if (!entry.notes.isEmpty())
+            noted += QStringLiteral("  %1: %2\n").arg(entry.path, entry.notes.join(QStringLiteral("; ")));
+    }
+    if (!noted.isEmpty())
+        text += QStringLiteral("Turned, with a note:\n") + noted;
     if (!failed.empty()) {
         text += QStringLiteral("Not done:\n");
         for (const Entry& entry : failed)

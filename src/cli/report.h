@@ -1,14 +1,19 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <vector>
 
 namespace pivotel::cli {
 
 // The end of a pivotel-cli run: what was turned, left alone and not done.
 struct Entry {
+    Entry(QString path, QString text, QStringList notes = {})
+        : path(std::move(path)), text(std::move(text)), notes(std::move(notes)) {}
+
     QString path;
     QString text; // the action for a turned photo, the reason otherwise
+    QStringList notes; // for a turned photo: what else became of it
 };
 
 struct RunReport {

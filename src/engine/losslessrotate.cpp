@@ -52,7 +52,7 @@ Result<Rotation> losslessrotate(const QString& path, Action action, const QStrin
         return dpi.status();
     if (const Status turned = losslesstransform(path, target, action); !turned)
         return turned;
-    return Rotation{*dpi};
+    return Rotation{*dpi, {}};
 }
 
 } // namespace pivotel

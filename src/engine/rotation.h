@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <QtGlobal>
 
 namespace pivotel {
@@ -7,6 +8,9 @@ namespace pivotel {
 // What a rotator learnt of the photo it turned, for the steps that follow it.
 struct Rotation {
     qint64 jpgdpi = 72; // the resolution the photo keeps, in dots per inch
+    // What the turn did beyond turning that the photo's owner should hear of ("trimmed 8
+    // pixels"); the report names it beside the photo.
+    QStringList notes;
 };
 
 } // namespace pivotel

@@ -78,7 +78,7 @@ void RunSession::processall() {
             record(processphoto(i, photo, tool));
         } catch (const std::exception& error) {
             // Nothing may leave the run stuck: say why it stopped and go no further.
-            record({i, photo, PhotoOutcome::Failed, QStringLiteral("the run stopped: %1").arg(error.what())});
+            record({i, photo, PhotoOutcome::Failed, QStringLiteral("the run stopped: %1").arg(error.what()), {}});
             return;
         }
     }
@@ -86,14 +86,15 @@ void RunSession::processall() {
 
 PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
     if (!QFileInfo::exists(photo.path))
-        return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted")};
-    const Status turned = turnphoto(photo, tool);
+        return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
+    QStringList notes;
+    const Status turned = turnphoto(photo, tool, notes);
     if (!turned)
-        return {index, photo, PhotoOutcome::Failed, turned.reason()};
-    return {index, photo, PhotoOutcome::Turned, QString()};
+        return {index, photo, PhotoOutcome::Failed, turned.reason(), {}};
+    return {index, photo, PhotoOutcome::Turned, QString(), notes};
 }
 
-Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool) {
+Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList& notes) {
     // Read before anything touches the file.
     std::optional<FileDates> dates;
     if (options_.preservedates) {
@@ -116,6 +117,7 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool) {
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
+    notes = rotated->notes;
     if (Status copied = transplant.copycr2tojpgexif(working); !copied)
         return copied;
     if (Status upright = updatedpinonstore(tool, working, rotated->jpgdpi); !upright)
@@ -123,10 +125,10 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool) {
     if (Status committed = rewrite.value()->commit(); !committed)
         return committed;
 
+    // The photo is turned and in place: dates that can't be put back don't undo that.
     if (dates) {
         if (Status restored = restorefiledates(photo.path, *dates); !restored)
-            return Status::failure(
-                QStringLiteral("turned, but its file dates could not be kept (%1)").arg(restored.reason()));
+            notes << QStringLiteral("dates not kept (%1)").arg(restored.reason());
     }
     return Status::success();
 }

@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QMetaType>
 #include <QObject>
+#include <QStringList>
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -19,8 +20,7 @@ class ExifTool;
 enum class PhotoOutcome {
     Turned,  // rewritten and in place
     Missing, // not there at its turn
-    Failed,  // there, but not done as asked; the reason says why (the photo is as it was, unless
-             // only its file dates could not be kept)
+    Failed,  // there, but not done as asked; the reason says why (the photo is as it was)
 };
 
 // What became of one photo of a run.
@@ -29,6 +29,7 @@ struct PhotoReport {
     PhotoRow photo;
     PhotoOutcome outcome = PhotoOutcome::Turned;
     QString reason;
+    QStringList notes; // for a turned photo: what else became of it (see Rotation::notes)
 };
 
 // One run over a frozen work list with frozen options, which the window and pivotel-cli both
@@ -70,7 +71,7 @@ class RunSession : public QObject {
     // Every step of one photo's turn that writes: the metadata dump of the untouched photo,
     // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on
     // the rewrite's working file, which then replaces the photo in one step; then the dates.
-    [[nodiscard]] Status turnphoto(const PhotoRow& photo, ExifTool& tool);
+    [[nodiscard]] Status turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList& notes);
     void record(const PhotoReport& report);
 
     const WorkList filelist_;

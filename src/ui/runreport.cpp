@@ -3,15 +3,21 @@
 namespace pivotel {
 
 QString endofrunmessage(const std::vector<PhotoReport>& reports) {
-    QString missing, failed;
+    QString missing, failed, noted;
     for (const PhotoReport& report : reports) {
-        if (report.outcome == PhotoOutcome::Missing)
+        if (report.outcome == PhotoOutcome::Turned && !report.notes.isEmpty())
+            noted += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") +
+                     report.notes.join(QStringLiteral("; "));
+        else if (report.outcome == PhotoOutcome::Missing)
             missing += QLatin1Char('\n') + report.photo.name;
         else if (report.outcome == PhotoOutcome::Failed)
             failed += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") + report.reason;
     }
+    // Notes only follow the usual message: a run whose photos were all turned is still done.
+    const QString notes =
+        noted.isEmpty() ? QString() : QStringLiteral("\n\nTurned, with a note:\n") + noted;
     if (missing.isEmpty() && failed.isEmpty())
-        return QStringLiteral("All Done");
+        return QStringLiteral("All Done") + notes;
 
     QString message;
     if (!missing.isEmpty()) {
@@ -25,7 +31,7 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports) {
             message += QStringLiteral("\n\n");
         message += QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
     }
-    return message;
+    return message + notes;
 }
 
 } // namespace pivotel
