@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/rotation.h"
+#include "jpeg/transform.h"
 #include "photolist/action.h"
 #include "support/status.h"
 
@@ -8,21 +9,16 @@
 
 namespace pivotel {
 
-class ExifTool;
-
-// Reads the photo's X resolution with the metadata tool ("-XResolution -s -s -s"): the number
-// it prints, cut to a whole number, or 72 when it prints nothing or the tool is missing. Fails
-// when the tool can't read the photo.
-[[nodiscard]] Result<qint64> readresolution(ExifTool& tool, const QString& path);
+// The lossless operation that carries out an action.
+[[nodiscard]] JpegTransform transformfor(Action action);
 
 // Turns the JPEG at `source` by rearranging its coded data and writes the result to `target`:
 // progressive, every marker of the source copied, edge blocks kept (no trim). "As Is" only
 // rewrites the photo progressive.
 [[nodiscard]] Status losslesstransform(const QString& source, const QString& target, Action action);
 
-// The lossless step of a photo's turn: reads the resolution, then writes the turned photo to
-// `target`, the working file of the photo's rewrite.
-[[nodiscard]] Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target,
-                                              ExifTool& tool);
+// The lossless step of a photo's turn: writes the turned photo to `target`, the working file of
+// the photo's rewrite.
+[[nodiscard]] Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target);
 
 } // namespace pivotel

@@ -23,7 +23,7 @@ Result<Rotation> normalrotatenew(const QString& path, Action action, const QStri
     const TurnedPicture turned(std::move(picture.image), action);
     if (const Status encoded = encodejpeg(turned, settings, target); !encoded)
         return encoded;
-    return Rotation{settings.dpi, {}};
+    return Rotation{QSize(turned.width(), turned.height()), {}};
 }
 
 } // namespace pivotel

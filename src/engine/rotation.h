@@ -1,13 +1,13 @@
 #pragma once
 
+#include <QSize>
 #include <QStringList>
-#include <QtGlobal>
 
 namespace pivotel {
 
-// What a rotator learnt of the photo it turned, for the steps that follow it.
+// What a rotator made of the photo it turned, for the steps that follow it.
 struct Rotation {
-    qint64 jpgdpi = 72; // the resolution the photo keeps, in dots per inch
+    QSize size; // the turned picture's, which the new file is checked against
     // What the turn did beyond turning that the photo's owner should hear of ("trimmed 8
     // pixels"); the report names it beside the photo.
     QStringList notes;

@@ -1,12 +1,12 @@
 #include "engine/runsession.h"
 
 #include "engine/filedates.h"
+#include "engine/finishturn.h"
 #include "engine/losslessrotate.h"
 #include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
-#include "metadata/resolutionrewrite.h"
 #include "support/places.h"
 
 #include <QFileInfo>
@@ -113,15 +113,13 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList&
     if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     const Result<Rotation> rotated = options_.uselosslessrotation
-                                         ? losslessrotate(photo.path, photo.action, working, tool)
+                                         ? losslessrotate(photo.path, photo.action, working)
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
     notes = rotated->notes;
-    if (Status copied = transplant.copycr2tojpgexif(working); !copied)
-        return copied;
-    if (Status upright = updatedpinonstore(tool, working, rotated->jpgdpi); !upright)
-        return upright;
+    if (Status finished = finishturn(photo.path, working, photo.action, *rotated, tool, notes); !finished)
+        return finished;
     if (Status committed = rewrite.value()->commit(); !committed)
         return committed;
 

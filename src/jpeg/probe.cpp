@@ -47,17 +47,21 @@ Result<JpegProbe> probejpeg(const QString& path) {
     const auto header = readjpegheader(path);
     if (!header)
         return header.status();
+    return probejpegdata(*header);
+}
+
+Result<JpegProbe> probejpegdata(const QByteArray& header) {
     const TjHandle tj(tjInitDecompress());
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
     int width = 0, height = 0, subsamp = -1, space = 0;
-    if (tjDecompressHeader3(tj.get(), reinterpret_cast<const unsigned char*>(header->constData()),
-                            static_cast<unsigned long>(header->size()), &width, &height, &subsamp, &space) != 0)
+    if (tjDecompressHeader3(tj.get(), reinterpret_cast<const unsigned char*>(header.constData()),
+                            static_cast<unsigned long>(header.size()), &width, &height, &subsamp, &space) != 0)
         return Status::failure(
             QStringLiteral("the JPEG header can't be read (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
     if (width < 1 || height < 1)
         return Status::failure(QStringLiteral("the JPEG header gives no picture size"));
-    return JpegProbe{{width, height}, colorspace(space), sampling(subsamp), exiforientation(*header)};
+    return JpegProbe{{width, height}, colorspace(space), sampling(subsamp), exiforientation(header)};
 }
 
 } // namespace pivotel

@@ -2,6 +2,7 @@
 
 #include "support/status.h"
 
+#include <QByteArray>
 #include <QSize>
 #include <QString>
 #include <optional>
@@ -22,5 +23,7 @@ struct JpegProbe {
 // Reads the header of the file at `path`. Fails when it isn't a JPEG whose header gives a
 // width and a height of at least 1.
 [[nodiscard]] Result<JpegProbe> probejpeg(const QString& path);
+// The same for JPEG data in memory: a whole file, or its header through the start of scan.
+[[nodiscard]] Result<JpegProbe> probejpegdata(const QByteArray& header);
 
 } // namespace pivotel

@@ -1,9 +1,9 @@
 #include "jpeg/segments.h"
 
+#include "jpeg/tiff.h"
 #include "support/fileio.h"
 
 #include <QFile>
-#include <cstring>
 
 namespace pivotel {
 
@@ -16,87 +16,12 @@ bool isstandalone(unsigned char marker) {
     return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD7);
 }
 
-quint16 read16(const unsigned char* p, bool bigendian) {
-    return bigendian ? static_cast<quint16>(p[0] << 8 | p[1]) : static_cast<quint16>(p[1] << 8 | p[0]);
+// The TIFF structure of an APP1 "Exif" segment's body, or an invalid one.
+TiffBlock exifblock(QByteArrayView body) {
+    if (!body.startsWith(QByteArrayView("Exif\0\0", 6)))
+        return TiffBlock(static_cast<const unsigned char*>(nullptr), 0);
+    return TiffBlock(reinterpret_cast<const unsigned char*>(body.data()) + 6, body.size() - 6);
 }
-
-quint32 read32(const unsigned char* p, bool bigendian) {
-    return bigendian ? (quint32(p[0]) << 24 | quint32(p[1]) << 16 | quint32(p[2]) << 8 | p[3])
-                     : (quint32(p[3]) << 24 | quint32(p[2]) << 16 | quint32(p[1]) << 8 | p[0]);
-}
-
-// IFD0 of a TIFF structure, as the EXIF block holds it.
-class TiffIfd0 {
-  public:
-    TiffIfd0(const unsigned char* tiff, qsizetype size) : tiff_(tiff), size_(size) {
-        if (size < 8)
-            return;
-        if (tiff[0] == 'M' && tiff[1] == 'M')
-            bigendian_ = true;
-        else if (tiff[0] == 'I' && tiff[1] == 'I')
-            bigendian_ = false;
-        else
-            return;
-        if (read16(tiff + 2, bigendian_) != 42)
-            return;
-        const quint32 ifd = read32(tiff + 4, bigendian_);
-        if (ifd > quint32(size) || size - qsizetype(ifd) < 2)
-            return;
-        ifd_ = qsizetype(ifd);
-        count_ = read16(tiff + ifd, bigendian_);
-    }
-
-    // A SHORT or LONG value.
-    std::optional<quint32> integer(quint16 tag) const {
-        const qsizetype entry = find(tag);
-        if (entry < 0)
-            return std::nullopt;
-        const quint16 type = read16(tiff_ + entry + 2, bigendian_);
-        if (type == 3) // SHORT, stored in the first two bytes of the value field
-            return read16(tiff_ + entry + 8, bigendian_);
-        if (type == 4) // LONG
-            return read32(tiff_ + entry + 8, bigendian_);
-        return std::nullopt;
-    }
-
-    // A RATIONAL value; none when its denominator is 0.
-    std::optional<double> rational(quint16 tag) const {
-        const qsizetype entry = find(tag);
-        if (entry < 0 || read16(tiff_ + entry + 2, bigendian_) != 5)
-            return std::nullopt;
-        const quint32 offset = read32(tiff_ + entry + 8, bigendian_);
-        if (offset > quint32(size_) || size_ - qsizetype(offset) < 8)
-            return std::nullopt;
-        const quint32 numerator = read32(tiff_ + offset, bigendian_);
-        const quint32 denominator = read32(tiff_ + offset + 4, bigendian_);
-        if (denominator == 0)
-            return std::nullopt;
-        return double(numerator) / double(denominator);
-    }
-
-  private:
-    // The position of the tag's 12-byte entry, or -1.
-    qsizetype find(quint16 tag) const {
-        for (quint32 i = 0; i < count_; ++i) {
-            const qsizetype entry = ifd_ + 2 + qsizetype(i) * 12;
-            if (entry + 12 > size_)
-                return -1;
-            if (read16(tiff_ + entry, bigendian_) == tag)
-                return entry;
-        }
-        return -1;
-    }
-
-    const unsigned char* tiff_;
-    qsizetype size_;
-    bool bigendian_ = false;
-    qsizetype ifd_ = 0;
-    quint32 count_ = 0; // no entries when the structure isn't TIFF
-};
-
-constexpr quint16 orientationtag = 0x0112;
-constexpr quint16 yresolutiontag = 0x011B;
-constexpr quint16 resolutionunittag = 0x0128;
 
 } // namespace
 
@@ -212,9 +137,8 @@ std::optional<int> exiforientation(const QByteArray& header) {
     for (const HeaderSegment& segment : headersegments(header)) {
         const QByteArrayView body = segment.body();
         if (segment.marker == 0xE1 && body.startsWith(QByteArrayView("Exif\0\0", 6))) {
-            const auto value =
-                TiffIfd0(reinterpret_cast<const unsigned char*>(body.data()) + 6, body.size() - 6)
-                    .integer(orientationtag);
+            const TiffBlock tiff = exifblock(body);
+            const auto value = tiff.integer(tiff.ifd0(), TiffBlock::orientation);
             return value ? std::optional<int>(int(*value)) : std::nullopt;
         }
     }
@@ -222,15 +146,12 @@ std::optional<int> exiforientation(const QByteArray& header) {
 }
 
 std::optional<double> exifdpi(const QByteArray& app1body) {
-    if (app1body.size() < 6 || std::memcmp(app1body.constData(), "Exif\0\0", 6) != 0)
-        return std::nullopt;
-    const TiffIfd0 ifd0(reinterpret_cast<const unsigned char*>(app1body.constData()) + 6,
-                        app1body.size() - 6);
-    const auto resolution = ifd0.rational(yresolutiontag);
+    const TiffBlock tiff = exifblock(app1body);
+    const auto resolution = tiff.rational(tiff.ifd0(), TiffBlock::yresolution);
     if (!resolution || !(*resolution > 0))
         return std::nullopt;
     // ResolutionUnit: 2 inches (also when absent), 3 centimetres, 1 none.
-    const quint32 unit = ifd0.integer(resolutionunittag).value_or(2);
+    const quint32 unit = tiff.integer(tiff.ifd0(), TiffBlock::resolutionunit).value_or(2);
     if (unit == 2)
         return *resolution;
     if (unit == 3)

@@ -45,15 +45,4 @@ Status ExifTransplant::extractexiftofile(const QString& photo) {
     return Status::success();
 }
 
-Status ExifTransplant::copycr2tojpgexif(const QString& target) {
-    if (!ensureprivatefolder(pexiffolder_))
-        return Status::failure(QStringLiteral("the folder %1 can't be made").arg(pexiffolder_));
-    if (!tool_.exists())
-        return Status::success();
-    const ToolResult result =
-        tool_.run({QStringLiteral("-TagsFromFile"), dumpfile(), QStringLiteral("-exif:all"), target,
-                   QStringLiteral("-overwrite_original_in_place")});
-    return judge(QStringLiteral("copying the EXIF block back failed"), result);
-}
-
 } // namespace pivotel

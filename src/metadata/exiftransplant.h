@@ -9,15 +9,14 @@ namespace pivotel {
 
 class ExifTool;
 
-// Carries a photo's EXIF block across its rewrite: all metadata of the untouched photo is
-// dumped to "1.xml" in the dump folder (the owner's alone) before the turn (extractexiftofile),
-// and the EXIF group of that dump is copied into the rewritten photo after it
-// (copycr2tojpgexif). The dump lives as long as the transplant.
+// The record of a photo's metadata before its turn: all of it is dumped to "1.xml" in the dump
+// folder (the owner's alone, since it holds where the photo was taken) before the turn
+// (extractexiftofile). The dump lives as long as the transplant.
 //
-// Both rotators carry every marker segment of the photo, its EXIF block among them, into the
-// new file; the transplant restates that block. So a tool that runs and refuses the photo (it
-// does for EXIF blocks with minor flaws) loses nothing and fails no step; a tool that can't run
-// or doesn't answer does, as it would any later step (a missing tool is skipped in silence).
+// The EXIF block itself crosses the rewrite byte for byte: both rotators carry every marker
+// segment of the photo into the new file. Copying it back from the dump would pass every value
+// through the tool's text form, which rounds rationals (a shutter speed of 189/32 came back as
+// 23917/4049), so nothing is copied back.
 class ExifTransplant {
   public:
     ExifTransplant(ExifTool& tool, QString pexiffolder);
@@ -29,9 +28,6 @@ class ExifTransplant {
     // Removes a stale dump first, also when the tool is missing; then dumps the photo ("-X",
     // "-struct") into the dump file, the tool's output followed by a line end.
     Status extractexiftofile(const QString& photo);
-    // Copies the dump's "-exif:all" into `target` in place. A dump with no EXIF in it copies
-    // nothing, and that is no failure.
-    Status copycr2tojpgexif(const QString& target);
 
     // "1.xml" in the dump folder.
     QString dumpfile() const;

@@ -5,6 +5,8 @@
 
 #include <exempi/xmpconsts.h>
 
+#include <cmath>
+
 namespace pivotel {
 
 Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
@@ -33,22 +35,64 @@ Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
     return file.value().closesafely();
 }
 
-Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi) {
-    if (!tool.exists()) {
-        Status library = xmpupright(path, dpi, Resolution::KeepKnown);
-        if (!library)
-            return Status::failure(
-                QStringLiteral("the orientation tag can't be set upright: %1 (the metadata tool is missing)")
-                    .arg(library.reason()));
-        return library;
+namespace {
+
+QString number(double value) {
+    return QString::number(value, 'g', 10);
+}
+
+// The XMP library's way, for a tool that is missing or refused. An XMP orientation must be set:
+// left as it was, it would turn the photo again in a viewer that reads it. Tags the EXIF block
+// lacks are only missing: the photo shows upright without them.
+Status bylibrary(const QString& path, const UprightPatch& patch, const QString& why, QStringList& notes) {
+    const bool adding = !patch.orientationset || patch.missingresolution;
+    if (!patch.hasxmp && !adding)
+        return Status::success();
+    const qint64 dpi = std::llround(patch.missingresolution.value_or(ExifResolution{}).y);
+    Status library = xmpupright(path, dpi, Resolution::KeepKnown);
+    if (!library && patch.hasxmp)
+        return Status::failure(
+            QStringLiteral("the orientation tag can't be set upright: %1 (%2)").arg(library.reason(), why));
+    if (!library)
+        notes << QStringLiteral("its missing orientation and resolution tags could not be added (%1)").arg(why);
+    return Status::success();
+}
+
+} // namespace
+
+Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch, QStringList& notes) {
+    if (!tool.exists())
+        return bylibrary(path, patch, QStringLiteral("the metadata tool is missing"), notes);
+    const QString width = QString::number(patch.size.width());
+    const QString height = QString::number(patch.size.height());
+    if (patch.hasxmp || !patch.dimensionsset) {
+        // Only tags the photo has: -wm w adds none.
+        const ToolResult written = tool.run(
+            {QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"), QStringLiteral("-Orientation=1"),
+             QStringLiteral("-ExifImageWidth=") + width, QStringLiteral("-ExifImageHeight=") + height,
+             QStringLiteral("-XMP-tiff:ImageWidth=") + width, QStringLiteral("-XMP-tiff:ImageHeight=") + height,
+             QStringLiteral("-overwrite_original_in_place"), path});
+        if (!written.ok()) {
+            if (Status library = bylibrary(path, patch, written.failuretext(), notes); !library)
+                return library;
+            notes << QStringLiteral("the metadata tool refused it (%1): the orientation was set without it")
+                         .arg(written.failuretext());
+            return Status::success();
+        }
     }
-    const QString text = QString::number(dpi);
-    const ToolResult written =
-        tool.run({path, QStringLiteral("-Orientation=Horizontal"), QStringLiteral("-XResolution=") + text,
-                  QStringLiteral("-YResolution=") + text, QStringLiteral("-overwrite_original_in_place")});
-    if (!written.ok())
-        return Status::failure(QStringLiteral("the orientation tag can't be set upright: ") +
-                               written.failuretext());
+    if (patch.orientationset && !patch.missingresolution)
+        return Status::success();
+    QStringList arguments{QStringLiteral("-n"), QStringLiteral("-EXIF:Orientation=1")};
+    if (const auto& resolution = patch.missingresolution) {
+        arguments << QStringLiteral("-EXIF:XResolution=") + number(resolution->x)
+                  << QStringLiteral("-EXIF:YResolution=") + number(resolution->y)
+                  << QStringLiteral("-EXIF:ResolutionUnit=") + QString::number(resolution->unit);
+    }
+    const ToolResult added = tool.run(arguments << QStringLiteral("-overwrite_original_in_place") << path);
+    // Without the tags the photo still shows upright: say what it lacks rather than refuse it.
+    if (!added.ok())
+        notes << QStringLiteral("its missing orientation and resolution tags could not be added (%1)")
+                     .arg(added.failuretext());
     return Status::success();
 }
 

@@ -1,26 +1,32 @@
 #pragma once
 
+#include "jpeg/exifpatch.h"
 #include "support/status.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace pivotel {
 
 class ExifTool;
 
-// updatedpinonstore: the last metadata step of a photo's turn. The pixels stand upright now,
-// while the EXIF block copied back still carries the old orientation; this sets it to 1 and
-// both resolutions to `dpi`, in place. Afterwards the photo's EXIF Orientation reads 1 and both
-// resolutions read `dpi`, or the step fails: a photo whose tag still holds the old orientation
-// would show turned twice.
+// updatedpinonstore: the last metadata step of a photo's turn, on the working file whose EXIF
+// block setupright() already set upright in place. What that couldn't do is left to the tool:
+// an XMP packet's orientation and sizes (updated only where the packet has them), and an EXIF
+// Orientation or resolution the block lacks (added: Orientation 1, the resolution `patch`
+// names). A photo that needs none of it never reaches the tool. Every value the photo had stays
+// as it was: the tool writes raw values (-n) and only these tags.
 //
-// The tool writes the three tags when it is there (and the same tags where XMP or JFIF carry
-// them), changing nothing else. The XMP library does carry TIFF properties into the photo's
-// EXIF block, but it rewrites the block from its own copy on the way: GPS coordinates come back
-// rounded to a hundredth of a minute and a date whose seconds are zero loses them. So the
-// library is the way only when the tool is missing. Then `dpi` was never read from this photo
-// (the tool reads it), so the photo keeps its own resolution where it has one.
-Status updatedpinonstore(ExifTool& tool, const QString& path, qint64 dpi);
+// A tool that refuses the file (some EXIF blocks it won't rewrite) hands over to the XMP
+// library for the packet's orientation; the photo is turned when its orientation can be made to
+// read 1 everywhere it is kept, and the step fails otherwise: a photo whose tag still holds the
+// old orientation would show turned twice. What was left undone goes in `notes`.
+//
+// The XMP library carries TIFF properties into the EXIF block by rewriting the block from its
+// own copy, which rounds GPS coordinates and dates; so it is the way only when the tool is
+// missing or refuses.
+[[nodiscard]] Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch,
+                                       QStringList& notes);
 
 // Which resolution the library's way writes.
 enum class Resolution {
@@ -30,6 +36,6 @@ enum class Resolution {
 
 // The library's way: open for update, TIFF "Orientation" "1", "XResolution" and "YResolution"
 // the decimal text of `dpi`, written with a safe update. Fails when the library refuses the file.
-Status xmpupright(const QString& path, qint64 dpi, Resolution resolution = Resolution::Given);
+[[nodiscard]] Status xmpupright(const QString& path, qint64 dpi, Resolution resolution = Resolution::Given);
 
 } // namespace pivotel

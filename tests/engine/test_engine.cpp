@@ -13,6 +13,8 @@
 #include "support/testpictures.h"
 
 #include <QDeadlineTimer>
+#include <array>
+#include <functional>
 #include <QDir>
 #include <QTemporaryDir>
 #include <fcntl.h>
@@ -128,7 +130,7 @@ TEST_F(Rotators, CarryEveryMarkerProfileAndResolutionAndReencodeAtTheQualityAske
     // with optimised tables: none begins as the luminance AC table of the JPEG standard's annex K.
     const auto rotated = normalrotatenew(source, Action::Rotate90Clockwise, target, 89);
     ASSERT_TRUE(rotated) << qPrintable(rotated.reason());
-    EXPECT_EQ(rotated->jpgdpi, 300);
+    EXPECT_EQ(rotated->size, QSize(48, 64));
     EXPECT_EQ(segmentbodies(target, 0xDB).value(0).at(1), 4);
     for (const QByteArray& table : segmentbodies(target, 0xC4))
         EXPECT_FALSE(table.startsWith(QByteArray::fromHex("1000020103030204030505040400 00017d")));
@@ -172,13 +174,16 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
         {u"line\nbreak.jpg"_s, 6, Action::Rotate90Clockwise, 300},
         {u"-dash 'quote' \"\u00E9t\u00E9\".jpg"_s, 8, Action::Rotate90Counterclockwise, 240},
         {u"#hash.jpg"_s, 3, Action::Rotate180, 300},
-        {u"mirrored.jpg"_s, 2, Action::FlipLeft, 72}, // its X resolution 72.5, cut to a whole number
+        {u"mirrored.jpg"_s, 2, Action::FlipLeft, 72}, // its X resolution 72.5, which stays
         {u"bare.jpg"_s, 1, Action::Rotate90Clockwise, 0}};
     const timespec times[2] = {{981173106, 123456789}, {978307200, 987654321}}; // accessed, modified
-    // What a turn changes, and what describes the file rather than the photo.
-    const QStringList changes{u"IFD0:Orientation"_s,     u"File:ImageWidth"_s,     u"File:ImageHeight"_s,
-                              u"File:EncodingProcess"_s, u"Composite:ImageSize"_s, u"SourceFile"_s,
-                              u"XMP-tiff:Orientation"_s, u"IFD0:XResolution"_s};
+    // What a turn changes, and what describes the file rather than the photo. Every other value
+    // must read exactly as before, raw.
+    const QStringList changes{u"IFD0:Orientation"_s,       u"File:ImageWidth"_s,        u"File:ImageHeight"_s,
+                              u"File:EncodingProcess"_s,   u"Composite:ImageSize"_s,    u"SourceFile"_s,
+                              u"XMP-tiff:Orientation"_s,   u"ExifIFD:ExifImageWidth"_s, u"ExifIFD:ExifImageHeight"_s,
+                              u"XMP-tiff:ImageWidth"_s,    u"XMP-tiff:ImageHeight"_s,   u"IFD1:ThumbnailOffset"_s,
+                              u"IFD1:ThumbnailLength"_s,   u"IFD1:ThumbnailImage"_s,    u"Composite:Megapixels"_s};
     // Without the tool the XMP library rewrites the EXIF block from its own copy: these must survive.
     const QStringList kept{
         u"IFD0:Make"_s,          u"ExifIFD:ExposureTime"_s,           u"ExifIFD:DateTimeOriginal"_s,
@@ -227,13 +232,26 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
                       tool);
             EXPECT_EQ(reports[i + 1].outcome, PhotoOutcome::Turned) << qPrintable(reports[i + 1].reason);
             EXPECT_LE(maxdifference(decodejpeg(path), turned(pixels, action)), idcttolerance);
-            // Without the tool the resolution stays as the photo has it, not cut to a whole number.
-            EXPECT_EQ(exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s,
-                                u"-s3"_s, u"-n"_s, path})
-                          .simplified(),
-                      u"1 %1 %2"_s.arg(dpi == 72 && !tool ? u"72.5"_s : u"%1"_s.arg(dpi ? dpi : 72))
-                          .arg(dpi ? dpi : 72));
             const auto after = alltags(path);
+            // The size everywhere it is given, the thumbnail turned with the picture. The XMP library
+            // keeps the size in EXIF alone: it drops the XMP copy.
+            const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
+            const QString size = quarter ? u"32 48"_s : u"48 32"_s;
+            EXPECT_EQ(exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s,
+                                u"-ExifImageWidth"_s, u"-ExifImageHeight"_s, u"-XMP-tiff:ImageWidth"_s,
+                                u"-XMP-tiff:ImageHeight"_s, u"-s3"_s, u"-n"_s, path})
+                          .simplified(),
+                      !dpi ? u"1 72 72"_s
+                           : u"1 %1 %2 %3"_s.arg(dpi == 72 ? u"72.5"_s : QString::number(dpi))
+                                 .arg(dpi)
+                                 .arg(tool ? size + u" "_s + size : size));
+            if (dpi) {
+                exiftool({u"-b"_s, u"-ThumbnailImage"_s, u"-w"_s, u"_thumbnail.jpg"_s, path});
+                const QString thumbnail = QFileInfo(path).path() + u"/"_s + QFileInfo(path).baseName() +
+                                          u"_thumbnail.jpg"_s;
+                EXPECT_LE(maxdifference(decodejpeg(thumbnail), turned(pattern(32, 24), action)), 12);
+                QFile::remove(thumbnail);
+            }
             EXPECT_TRUE(!dpi ||
                         after.value(u"XMP-tiff:Orientation"_s) != tags[i].value(u"XMP-tiff:Orientation"_s));
             for (auto it = tags[i].begin(); it != tags[i].end(); ++it) {
@@ -243,6 +261,7 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
                     << qPrintable(it.key());
             }
             EXPECT_EQ(after.contains(u"IFD0:Make"_s), dpi != 0); // nothing of the photo before
+            EXPECT_TRUE(reports[i + 1].notes.isEmpty()) << qPrintable(reports[i + 1].notes.join(u"; "_s));
         }
         // A dump holds where its photo was taken: it goes with the photo's turn, whatever the outcome,
         // and its folder is the owner's alone.
@@ -251,12 +270,140 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
     }
 }
 
+namespace {
+
+void append16(QByteArray& bytes, quint16 value) {
+    bytes.append(char(value & 0xFF)).append(char(value >> 8));
+}
+void append32(QByteArray& bytes, quint32 value) {
+    append16(bytes, quint16(value & 0xFFFF));
+    append16(bytes, quint16(value >> 16));
+}
+
+// A little-endian EXIF block whose IFD0 holds `entries` (tag, type, count, value or offset) and
+// then `data`, which value offsets count from the block's start.
+QByteArray exifblock(const std::vector<std::array<quint32, 4>>& entries, const QByteArray& data = {}) {
+    QByteArray tiff("II*\0\x08\0\0\0", 8);
+    append16(tiff, quint16(entries.size()));
+    for (const auto& [tag, type, count, value] : entries) {
+        append16(tiff, quint16(tag));
+        append16(tiff, quint16(type));
+        append32(tiff, count);
+        append32(tiff, value);
+    }
+    append32(tiff, 0);
+    return QByteArray("Exif\0\0", 6) + tiff + data;
+}
+
+// A multi-picture file: `primary` with an MPF index after its SOI that points at `second`, which
+// follows the primary picture, and then `trailer` (a motion photo's video, say).
+QByteArray multipicture(const QByteArray& primary, const QByteArray& second, const QByteArray& trailer) {
+    QByteArray tiff("II*\0\x08\0\0\0", 8);
+    append16(tiff, 3);
+    for (const std::array<quint32, 4>& e : {std::array<quint32, 4>{0xB000, 7, 4, 0x30303130},
+                                            std::array<quint32, 4>{0xB001, 4, 1, 2},
+                                            std::array<quint32, 4>{0xB002, 7, 32, 50}}) {
+        append16(tiff, quint16(e[0]));
+        append16(tiff, quint16(e[1]));
+        append32(tiff, e[2]);
+        append32(tiff, e[3]);
+    }
+    append32(tiff, 0);
+    const qsizetype segment = 2 + 2 + 4 + tiff.size() + 32, base = 2 + 2 + 2 + 4;
+    const quint32 primarysize = quint32(primary.size() + segment);
+    for (const auto& [attribute, size, offset] :
+         {std::array<quint32, 3>{0x20030000, primarysize, 0},
+          std::array<quint32, 3>{0x00010000, quint32(second.size()), quint32(primarysize - base)}}) {
+        append32(tiff, attribute);
+        append32(tiff, size);
+        append32(tiff, offset);
+        append32(tiff, 0);
+    }
+    QByteArray app2("\xFF\xE2", 2);
+    app2.append(char((segment - 2) >> 8)).append(char((segment - 2) & 0xFF)).append("MPF\0", 4).append(tiff);
+    return primary.left(2) + app2 + primary.mid(2) + second + trailer;
+}
+
+} // namespace
+
+TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientationNoWriterRefuses) {
+    const QByteArray video = QByteArray("ftypmp42 motion photo video ") + QByteArray(3000, 'v');
+    writepattern(dir.filePath(u"second.jpg"_s), 40, 24);
+    const QByteArray second = readbytes(dir.filePath(u"second.jpg"_s));
+    const QString trailerout = dir.filePath(u"trailer.bin"_s);
+    struct Case {
+        QString name;
+        std::function<void(const QString&)> make;
+        QString tags;  // what exiftool -n reads back, in order, of these:
+        QString notes; // beside the turned photo
+    };
+    const QStringList read{u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s, u"-IFD0:XResolution"_s,
+                           u"-IFD0:YResolution"_s, u"-IFD0:ResolutionUnit"_s,   u"-JFIF:ResolutionUnit"_s,
+                           u"-JFIF:XResolution"_s, u"-MPImage2:MPImageLength"_s};
+    const Case cases[] = {
+        {u"motion.jpg"_s,
+         [&](const QString& path) {
+             writetaggedphoto(path, 48, 32, 6, 300);
+             writebytes(path, multipicture(readbytes(path), second, video));
+         },
+         u"1 300 300 2 1 300 %1"_s.arg(second.size()), {}},
+        // The JFIF density follows EXIF's, in the same unit.
+        {u"centimetres.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=118"_s,
+                              u"-EXIF:YResolution=119"_s, u"-EXIF:ResolutionUnit=3"_s});
+         },
+         u"1 118 119 3 2 118"_s, {}},
+        {u"zero.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=0"_s, u"-EXIF:YResolution=0"_s});
+         },
+         u"1 72 72 2 1 72"_s, {}},
+        // The tool refuses to write a block with a bad entry: the orientation is set all the same.
+        {u"badentry.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             writetags(path, {u"-n"_s, u"-XMP-tiff:Orientation=6"_s});
+             insertsegment(path, 0xE1,
+                           exifblock({{0x010F, 2, 50, 0x7FFF0000}, {0x0112, 3, 1, 6}, {0x011A, 5, 1, 62}, {0x011B, 5, 1, 62}},
+                                     QByteArray("\x2c\x01\0\0\x01\0\0\0", 8)));
+         },
+         u"1 300 300 1 300"_s, u"refused"_s}, // the XMP library keeps the orientation in EXIF alone
+        // An EXIF block that isn't TIFF: no orientation to set, and no tags can be added.
+        {u"garbage.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             insertsegment(path, 0xE1, QByteArray("Exif\0\0XX\0\x2a\0\0\0\x08", 14));
+         },
+         u"1 72"_s, u"could not be added"_s},
+    };
+    for (const bool lossless : {true, false}) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.name.toStdString() + (lossless ? " lossless" : " re-encoded"));
+            const QString path = dir.filePath(c.name);
+            c.make(path);
+            const Pixels before = decodejpeg(path);
+            const auto reports = run({row(c.name)}, {.uselosslessrotation = lossless, .quality = 100});
+            ASSERT_EQ(reports.size(), 1u);
+            EXPECT_EQ(reports[0].outcome, PhotoOutcome::Turned) << qPrintable(reports[0].reason);
+            EXPECT_EQ(reports[0].notes.join(u"; "_s).contains(c.notes), true) << qPrintable(reports[0].notes.join(u"; "_s));
+            EXPECT_EQ(reports[0].notes.isEmpty(), c.notes.isEmpty());
+            EXPECT_LE(maxdifference(decodejpeg(path), turned(before, Action::Rotate90Clockwise)), lossless ? idcttolerance : 8);
+            EXPECT_EQ(exiftool(read + QStringList{u"-s3"_s, u"-n"_s, path}).simplified(), c.tags);
+        }
+    }
+    // The further picture and the video come over byte for byte, where the index says.
+    const QString motion = dir.filePath(u"motion.jpg"_s);
+    EXPECT_TRUE(readbytes(motion).endsWith(second + video));
+    const qsizetype start = readtag(motion, u"MPImage2:MPImageStart"_s, true).toLongLong();
+    EXPECT_EQ(readbytes(motion).mid(start, second.size()), second);
+}
+
 TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     const QString dying = writefaketool(dir.filePath(u"dying-tool"_s), "kill -9 $$\n");
     writetaggedphoto(dir.filePath(u"tagged.jpg"_s), 48, 32, 6, 300);
-    // Its EXIF block is damaged: the photo turns, but no writer will set its orientation tag.
-    writepattern(dir.filePath(u"exif.jpg"_s), 48, 32);
-    insertsegment(dir.filePath(u"exif.jpg"_s), 0xE1, QByteArray("Exif\0\0XX\0\x2a\0\0\0\x08", 14));
     writepattern(dir.filePath(u"jpeg.HEIC"_s), 256, 256); // JPEG data that a file dialog let in
     QByteArray garbled = readbytes(dir.filePath(u"jpeg.HEIC"_s));
     writebytes(dir.filePath(u"truncated.jpg"_s), garbled.left(900));
@@ -267,8 +414,6 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     const std::tuple<QString, QString, RunOptions, QString> cases[] = {
         {u"tagged.jpg"_s, dying, lossless,
          u"the metadata dump failed: the metadata tool stopped unexpectedly"_s},
-        {u"exif.jpg"_s, exiftoolpath(), lossless, u"the orientation tag can't be set upright: "_s},
-        {u"exif.jpg"_s, dir.filePath(u"none"_s), lossless, u"(the metadata tool is missing)"_s},
         {u"truncated.jpg"_s, exiftoolpath(), lossless, u"damaged"_s},
         {u"garbled.jpg"_s, exiftoolpath(), lossless, u""_s},
         {u"truncated.jpg"_s, exiftoolpath(), reencode, u"can't be decoded"_s},

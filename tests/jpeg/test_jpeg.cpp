@@ -3,6 +3,7 @@
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
 #include "jpeg/segments.h"
+#include "jpeg/verify.h"
 #include "support/othercolours.h"
 
 #include <QFile>
@@ -189,4 +190,26 @@ TEST_F(Jpeg, EncodesEveryRowOfEachFormatHalvingChromaOnlyBelowNinety) {
         EXPECT_LE(meandifference(decodejpeg(file("new.jpg")), pixelsof(c.picture)), meantolerance);
     }
     EXPECT_FALSE(encodejpeg(ImageRows(pictureof(source)), {}, file("missing/new.jpg")));
+}
+
+TEST_F(Jpeg, TheCheckOfANewFilePassesOnlyAWholePictureOfTheSizeColoursAndTrailerExpected) {
+    writepattern(file("p.jpg"), 40, 24);
+    const QByteArray good = readbytes(file("p.jpg"));
+    const QByteArray trailer("video");
+    const qsizetype sos = good.indexOf("\xFF\xDA");
+    QByteArray flipped = good; // a scan byte that breaks the entropy-coded data
+    flipped[sos + 20] = char(0xFF);
+    const std::tuple<const char*, QByteArray, ExpectedPicture, const char*> cases[] = {
+        {"sound", good + trailer, {{40, 24}, JpegColorSpace::YCbCr, trailer}, ""},
+        {"cut short", good.left(good.size() - 40), {{40, 24}, JpegColorSpace::YCbCr, {}}, "ends before"},
+        {"damaged scan", flipped, {{40, 24}, JpegColorSpace::YCbCr, {}}, "check"},
+        {"other size", good, {{24, 40}, JpegColorSpace::YCbCr, {}}, "40×24 pixels, not 24×40"},
+        {"other colours", good, {{40, 24}, JpegColorSpace::Grey, {}}, "colour space"},
+        {"trailer lost", good, {{40, 24}, JpegColorSpace::YCbCr, trailer}, "followed the picture"},
+    };
+    for (const auto& [name, data, expected, says] : cases) {
+        const Status checked = checkjpeg(data, expected);
+        EXPECT_EQ(checked.ok(), !*says) << name;
+        EXPECT_TRUE(checked.reason().contains(QString::fromUtf8(says))) << name << ": " << qPrintable(checked.reason());
+    }
 }

@@ -1,0 +1,60 @@
+#include "engine/finishturn.h"
+
+#include "engine/losslessrotate.h"
+#include "jpeg/exifpatch.h"
+#include "jpeg/probe.h"
+#include "jpeg/trailer.h"
+#include "jpeg/verify.h"
+#include "metadata/resolutionrewrite.h"
+#include "support/fileio.h"
+
+namespace pivotel {
+
+namespace {
+
+Status writeworking(const QString& working, const QByteArray& bytes) {
+    if (Status written = writewholefile(working, bytes.constData(), bytes.size()); !written)
+        return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+    return Status::success();
+}
+
+} // namespace
+
+Status finishturn(const QString& photo, const QString& working, Action action, const Rotation& rotated,
+                  ExifTool& tool, QStringList& notes) {
+    const auto original = readwholefile(photo);
+    if (!original)
+        return Status::failure(QStringLiteral("can't be read (%1)").arg(original.reason()));
+    const auto trailer = trailerof(*original);
+    if (!trailer)
+        return trailer.status();
+    const auto before = probejpegdata(*original);
+    if (!before)
+        return before.status();
+
+    auto read = readwholefile(working);
+    if (!read)
+        return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(read.reason()));
+    const auto patch = setupright(read.value(), transformfor(action));
+    if (!patch)
+        return patch.status();
+    if (Status written = writeworking(working, *read); !written)
+        return written;
+    if (Status upright = updatedpinonstore(tool, working, *patch, notes); !upright)
+        return upright;
+
+    // The trailer comes last: the tool, rewriting the file, would leave an MPF index pointing
+    // where the pictures stood before it.
+    auto tagged = readwholefile(working);
+    if (!tagged)
+        return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
+    if (!trailer->isEmpty()) {
+        if (Status carried = carrytrailer(*original, *trailer, tagged.value()); !carried)
+            return carried;
+        if (Status written = writeworking(working, *tagged); !written)
+            return written;
+    }
+    return checkjpeg(*tagged, {rotated.size, before->colorspace, *trailer});
+}
+
+} // namespace pivotel

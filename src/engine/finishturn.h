@@ -1,0 +1,22 @@
+#pragma once
+
+#include "engine/rotation.h"
+#include "photolist/action.h"
+#include "support/status.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace pivotel {
+
+class ExifTool;
+
+// The steps between a rotator and the commit, on the working file of the photo's rewrite while
+// the untouched photo still stands at `photo`: the metadata set upright in the EXIF block (its
+// thumbnail turned as the picture was), what followed the picture carried over with its MPF
+// index corrected, the metadata tool's part, and last a full check of the result. A failure
+// leaves the photo as it was; what else the photo's owner should hear of goes in `notes`.
+[[nodiscard]] Status finishturn(const QString& photo, const QString& working, Action action,
+                                const Rotation& rotated, ExifTool& tool, QStringList& notes);
+
+} // namespace pivotel

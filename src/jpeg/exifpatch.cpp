@@ -1,0 +1,188 @@
+#include "jpeg/exifpatch.h"
+
+#include "jpeg/segments.h"
+#include "jpeg/tiff.h"
+#include "jpeg/turbojpeg.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace pivotel {
+
+namespace {
+
+const QByteArrayView exifsignature("Exif\0\0", 6);
+const QByteArrayView jfifsignature("JFIF\0", 5);
+const QByteArrayView xmpsignature("http://ns.adobe.com/xap/1.0/\0", 29);
+
+// Where a segment of `jpeg` stands, from its 0xFF.
+struct Place {
+    qsizetype start = -1;
+    qsizetype length = 0; // the whole segment's bytes
+};
+
+Place placeof(const QByteArray& jpeg, const HeaderSegment& segment) {
+    return {segment.bytes.data() - jpeg.constData(), segment.bytes.size()};
+}
+
+bool isframe(unsigned char marker) {
+    return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+}
+
+int jpegtransformop(JpegTransform op) {
+    switch (op) {
+    case JpegTransform::Rotate90:
+        return TJXOP_ROT90;
+    case JpegTransform::Rotate180:
+        return TJXOP_ROT180;
+    case JpegTransform::Rotate270:
+        return TJXOP_ROT270;
+    case JpegTransform::FlipHorizontal:
+        return TJXOP_HFLIP;
+    case JpegTransform::None:
+        break;
+    }
+    return TJXOP_NONE;
+}
+
+// A thumbnail is turned losslessly and kept baseline, as viewers of EXIF thumbnails expect; the
+// few edge pixels a turn can't move are trimmed, which no one sees at that size.
+Result<QByteArray> turnthumbnail(QByteArrayView thumbnail, JpegTransform op) {
+    const TjHandle tj(tjInitTransform());
+    if (!tj)
+        return Status::failure(QStringLiteral("the JPEG library can't start"));
+    tjtransform transform{};
+    transform.op = jpegtransformop(op);
+    transform.options = TJXOPT_TRIM;
+    unsigned char* output = nullptr;
+    unsigned long outputsize = 0;
+    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(thumbnail.data()),
+                               static_cast<unsigned long>(thumbnail.size()), 1, &output, &outputsize, &transform, 0);
+    const TjBuffer owned(output);
+    if (rc != 0 || !output)
+        return Status::failure(QStringLiteral("its EXIF thumbnail can't be turned (%1)")
+                                   .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+    return QByteArray(reinterpret_cast<const char*>(output), qsizetype(outputsize));
+}
+
+// The TIFF block with its IFD1 thumbnail replaced by `turned`: in the thumbnail's place when it
+// ends the block, else after the block's end, so that nothing else in the block moves.
+QByteArray withthumbnail(QByteArray tiffbytes, qsizetype ifd1, qsizetype offset, qsizetype length,
+                         const QByteArray& turned) {
+    qsizetype at = offset;
+    if (offset + length == tiffbytes.size()) {
+        tiffbytes.truncate(offset);
+    } else {
+        at = tiffbytes.size() + (tiffbytes.size() & 1); // TIFF offsets are even
+        tiffbytes.resize(at, '\0');
+    }
+    tiffbytes.append(turned);
+    TiffBlock tiff(reinterpret_cast<unsigned char*>(tiffbytes.data()), tiffbytes.size());
+    (void)tiff.setinteger(ifd1, TiffBlock::thumbnailoffset, quint32(at));
+    (void)tiff.setinteger(ifd1, TiffBlock::thumbnaillength, quint32(turned.size()));
+    return tiffbytes;
+}
+
+std::optional<ExifResolution> exifresolution(const TiffBlock& tiff) {
+    const auto x = tiff.rational(tiff.ifd0(), TiffBlock::xresolution);
+    const auto y = tiff.rational(tiff.ifd0(), TiffBlock::yresolution);
+    const quint32 unit = tiff.integer(tiff.ifd0(), TiffBlock::resolutionunit).value_or(2);
+    if (!x || !y || !(*x > 0) || !(*y > 0) || (unit != 2 && unit != 3))
+        return std::nullopt;
+    return ExifResolution{*x, *y, int(unit)};
+}
+
+// JFIF: version (2 bytes), units (0 none, 1 per inch, 2 per cm), X density, Y density.
+constexpr qsizetype jfifunits = 4 + 7;
+
+std::optional<ExifResolution> jfifresolution(const QByteArray& jpeg, Place jfif) {
+    if (jfif.start < 0 || jfif.length < jfifunits + 5)
+        return std::nullopt;
+    const auto* p = reinterpret_cast<const unsigned char*>(jpeg.constData()) + jfif.start + jfifunits;
+    const int x = p[1] << 8 | p[2];
+    const int y = p[3] << 8 | p[4];
+    if ((p[0] != 1 && p[0] != 2) || x == 0 || y == 0)
+        return std::nullopt;
+    return ExifResolution{double(x), double(y), p[0] == 1 ? 2 : 3};
+}
+
+void setjfif(QByteArray& jpeg, Place jfif, const ExifResolution& resolution) {
+    if (jfif.start < 0 || jfif.length < jfifunits + 5)
+        return;
+    auto* p = reinterpret_cast<unsigned char*>(jpeg.data()) + jfif.start + jfifunits;
+    const auto density = [](double value) { return quint16(std::clamp<long>(std::lround(value), 1, 65535)); };
+    const quint16 x = density(resolution.x);
+    const quint16 y = density(resolution.y);
+    p[0] = resolution.unit == 3 ? 2 : 1;
+    p[1] = uchar(x >> 8);
+    p[2] = uchar(x);
+    p[3] = uchar(y >> 8);
+    p[4] = uchar(y);
+}
+
+} // namespace
+
+Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
+    UprightPatch patch;
+    Place exif, jfif;
+    for (const HeaderSegment& segment : headersegments(jpeg)) {
+        const QByteArrayView body = segment.body();
+        if (isframe(segment.marker) && body.size() >= 5) {
+            const auto* p = reinterpret_cast<const unsigned char*>(body.data());
+            patch.size = QSize(p[3] << 8 | p[4], p[1] << 8 | p[2]);
+        } else if (segment.marker == 0xE0 && jfif.start < 0 && body.startsWith(jfifsignature)) {
+            jfif = placeof(jpeg, segment);
+        } else if (segment.marker == 0xE1 && exif.start < 0 && body.startsWith(exifsignature)) {
+            exif = placeof(jpeg, segment);
+        } else if (segment.marker == 0xE1 && body.startsWith(xmpsignature)) {
+            patch.hasxmp = true;
+        }
+    }
+    if (patch.size.isEmpty())
+        return Status::failure(QStringLiteral("the turned photo has no frame header"));
+
+    std::optional<ExifResolution> resolution;
+    if (exif.start >= 0) {
+        const qsizetype tiffstart = exif.start + 4 + exifsignature.size();
+        TiffBlock tiff(reinterpret_cast<unsigned char*>(jpeg.data()) + tiffstart, exif.start + exif.length - tiffstart);
+        const qsizetype ifd0 = tiff.ifd0();
+        patch.orientationset = tiff.setinteger(ifd0, TiffBlock::orientation, 1);
+        if (tiff.find(ifd0, TiffBlock::orientation) >= 0 && !patch.orientationset)
+            return Status::failure(QStringLiteral("its EXIF orientation has a form that can't be set"));
+        const qsizetype exififd = tiff.subifd(ifd0, TiffBlock::exififd);
+        for (const auto& [tag, value] : {std::pair{TiffBlock::pixelxdimension, patch.size.width()},
+                                         std::pair{TiffBlock::pixelydimension, patch.size.height()}}) {
+            if (tiff.find(exififd, tag) >= 0 && !tiff.setinteger(exififd, tag, quint32(value)))
+                patch.dimensionsset = false;
+        }
+        resolution = exifresolution(tiff);
+
+        const qsizetype ifd1 = tiff.nextifd(ifd0);
+        const auto offset = tiff.integer(ifd1, TiffBlock::thumbnailoffset);
+        const auto length = tiff.integer(ifd1, TiffBlock::thumbnaillength);
+        if (thumbnailturn != JpegTransform::None && offset && length && *length > 0 && *offset <= quint32(tiff.size()) &&
+            *length <= quint32(tiff.size()) - *offset) {
+            const QByteArray block(jpeg.constData() + tiffstart, tiff.size());
+            const auto turned = turnthumbnail(QByteArrayView(block).sliced(*offset, *length), thumbnailturn);
+            if (!turned)
+                return turned.status();
+            const QByteArray newblock = withthumbnail(block, ifd1, *offset, *length, *turned);
+            const qsizetype segmentlength = 2 + exifsignature.size() + newblock.size();
+            if (segmentlength > 0xFFFF)
+                return Status::failure(QStringLiteral("its turned EXIF thumbnail doesn't fit the EXIF block"));
+            jpeg.replace(tiffstart, tiff.size(), newblock);
+            jpeg[exif.start + 2] = char(segmentlength >> 8);
+            jpeg[exif.start + 3] = char(segmentlength & 0xFF);
+            if (jfif.start > exif.start)
+                jfif.start += newblock.size() - tiff.size();
+        }
+    }
+    if (!resolution) {
+        resolution = jfifresolution(jpeg, jfif).value_or(ExifResolution{});
+        patch.missingresolution = resolution;
+    }
+    setjfif(jpeg, jfif, *resolution);
+    return patch;
+}
+
+} // namespace pivotel
