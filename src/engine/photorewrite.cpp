@@ -11,7 +11,9 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <cstdlib>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace pivotel {
@@ -67,22 +69,55 @@ void removeworkingfiles(const QString& working) {
     }
 }
 
+// Gives `to` every extended attribute of `from`: user attributes, and the ACLs, which Linux keeps
+// as attributes too. Done after the permission bits, which an access ACL sets along with itself.
+Status copyattributes(int from, int to) {
+    const ssize_t listsize = ::flistxattr(from, nullptr, 0);
+    if (listsize < 0)
+        return errno == ENOTSUP ? Status::success() : Status::failure(errnotext(errno));
+    QByteArray names(listsize, Qt::Uninitialized);
+    const ssize_t listed = ::flistxattr(from, names.data(), size_t(names.size()));
+    if (listed < 0)
+        return Status::failure(errnotext(errno));
+    for (const QByteArray& name : names.left(listed).split('\0')) {
+        if (name.isEmpty())
+            continue;
+        const ssize_t valuesize = ::fgetxattr(from, name.constData(), nullptr, 0);
+        QByteArray value(qMax<ssize_t>(valuesize, 0), Qt::Uninitialized);
+        const ssize_t got = valuesize < 0 ? -1 : ::fgetxattr(from, name.constData(), value.data(), size_t(value.size()));
+        if (got < 0 || ::fsetxattr(to, name.constData(), value.constData(), size_t(got), 0) != 0)
+            return Status::failure(QStringLiteral("its extended attribute %1 can't be carried over (%2)")
+                                       .arg(QString::fromUtf8(name), errnotext(errno)));
+    }
+    return Status::success();
+}
+
 } // namespace
 
 Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder) {
     std::unique_ptr<PhotoRewrite> rewrite(new PhotoRewrite());
-    rewrite->photo_ = photo;
+    // A photo reached through a symbolic link is replaced where it lies; the link stays a link.
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native(photo).constData(), nullptr),
+                                                               &std::free);
+    if (!resolved)
+        return Status::failure(errnotext(errno));
+    rewrite->photo_ = QFile::decodeName(resolved.get());
 
     struct stat photostat {};
-    if (::stat(native(photo).constData(), &photostat) != 0)
+    if (::stat(resolved.get(), &photostat) != 0)
         return Status::failure(errnotext(errno));
     if (!S_ISREG(photostat.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
+    // A new file in its place would leave the other names holding the old photo.
+    if (photostat.st_nlink > 1)
+        return Status::failure(QStringLiteral("it has %1 names (hard links), which a turn would split: "
+                                              "it is left as it is")
+                                   .arg(photostat.st_nlink));
     rewrite->mode_ = photostat.st_mode & 07777;
     rewrite->uid_ = photostat.st_uid;
     rewrite->gid_ = photostat.st_gid;
 
-    const QFileInfo photoinfo(photo);
+    const QFileInfo photoinfo(rewrite->photo_);
     const QString photofolder = photoinfo.absolutePath();
     if (::access(native(photofolder).constData(), W_OK) != 0)
         return Status::failure(QStringLiteral("its folder can't be written (%1)").arg(errnotext(errno)));
@@ -126,6 +161,9 @@ PhotoRewrite::~PhotoRewrite() {
 
 Status PhotoRewrite::commit() {
     const QByteArray working = native(working_);
+    // The photo may have gone while it was worked on; don't bring it back.
+    if (::access(native(photo_).constData(), F_OK) != 0)
+        return Status::failure(QStringLiteral("the photo vanished during its turn"));
     {
         UniqueFd fd(::open(working.constData(), O_RDONLY | O_CLOEXEC));
         if (!fd.valid())
@@ -133,17 +171,19 @@ Status PhotoRewrite::commit() {
         struct stat st {};
         if (::fstat(fd.get(), &st) != 0 || st.st_size == 0)
             return Status::failure(QStringLiteral("the new photo is empty"));
-        if (::fsync(fd.get()) != 0)
-            return Status::failure(QStringLiteral("the new photo can't be saved (%1)").arg(errnotext(errno)));
         // Only a privileged process can give the file another owner; others keep their own.
         if (::fchown(fd.get(), uid_, gid_) != 0 && errno != EPERM)
             return Status::failure(errnotext(errno));
         if (::fchmod(fd.get(), mode_) != 0)
             return Status::failure(errnotext(errno));
+        Result<UniqueFd> old = openregular(photo_);
+        if (!old)
+            return Status::failure(QStringLiteral("the photo can't be read (%1)").arg(old.reason()));
+        if (Status copied = copyattributes(old.value().get(), fd.get()); !copied)
+            return copied;
+        if (::fsync(fd.get()) != 0)
+            return Status::failure(QStringLiteral("the new photo can't be saved (%1)").arg(errnotext(errno)));
     }
-    // The photo may have gone while it was worked on; don't bring it back.
-    if (::access(native(photo_).constData(), F_OK) != 0)
-        return Status::failure(QStringLiteral("the photo vanished during its turn"));
     if (::rename(working.constData(), native(photo_).constData()) != 0)
         return Status::failure(QStringLiteral("the photo can't be replaced (%1)").arg(errnotext(errno)));
     committed_ = true;

@@ -24,7 +24,8 @@ namespace pivotel {
 // folder for as long as it may exist, so that it can be found then.
 class PhotoRewrite {
   public:
-    // Prepares the rewrite of `photo`; fails when the photo or its folder can't be written.
+    // Prepares the rewrite of `photo` (of the file it names, through any symbolic links); fails
+    // when the photo or its folder can't be written, or the photo has several hard links.
     static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder);
 
     PhotoRewrite(const PhotoRewrite&) = delete;
@@ -35,8 +36,8 @@ class PhotoRewrite {
     const QString& photo() const { return photo_; }
     const QString& workingpath() const { return working_; }
 
-    // Flushes the working file, gives it the photo's permission bits and owner, and renames it
-    // over the photo.
+    // Flushes the working file, gives it the photo's owner, exact permission bits, extended
+    // attributes and ACLs, and renames it over the photo.
     Status commit();
 
   private:

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QThread>
 #include <exception>
+#include <new>
 #include <optional>
 
 namespace pivotel {
@@ -76,10 +77,11 @@ void RunSession::processall() {
         emit photostarted(i, photo.name);
         try {
             record(processphoto(i, photo, tool));
+        } catch (const std::bad_alloc&) {
+            // The photo's working file went with its rewrite; the next photo may well fit.
+            record({i, photo, PhotoOutcome::Failed, QStringLiteral("too large for the memory available"), {}});
         } catch (const std::exception& error) {
-            // Nothing may leave the run stuck: say why it stopped and go no further.
-            record({i, photo, PhotoOutcome::Failed, QStringLiteral("the run stopped: %1").arg(error.what()), {}});
-            return;
+            record({i, photo, PhotoOutcome::Failed, QString::fromLocal8Bit(error.what()), {}});
         }
     }
 }

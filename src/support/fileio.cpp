@@ -16,7 +16,13 @@ QString errnotext(int error) {
 }
 
 Result<UniqueFd> openregular(const QString& path) {
-    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const QByteArray native = QFile::encodeName(path);
+    constexpr int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+    // Looking at a photo must not change its access time, which "Preserve File Dates" keeps; only
+    // the file's owner may ask that, so others read it as usual.
+    UniqueFd fd(::open(native.constData(), flags | O_NOATIME));
+    if (!fd.valid() && errno == EPERM)
+        fd = UniqueFd(::open(native.constData(), flags));
     if (!fd.valid())
         return Status::failure(errnotext(errno));
     struct stat st {};

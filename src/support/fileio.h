@@ -10,9 +10,10 @@ namespace pivotel {
 
 // Opens a regular file for reading. Anything else (a FIFO, a socket, a device, a folder) is
 // refused without waiting on it: a FIFO named like a photo would hold a plain open forever.
+// The read leaves the file's access time as it was, where the process owns the file.
 Result<UniqueFd> openregular(const QString& path);
 
-// The whole content of a regular file.
+// The whole content of a regular file, read as openregular() reads.
 Result<QByteArray> readwholefile(const QString& path);
 
 // Writes `size` bytes to a new file at `path`, replacing one that is there. On failure the

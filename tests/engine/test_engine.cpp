@@ -8,6 +8,7 @@
 #include "engine/turnedpicture.h"
 #include "jpeg/decode.h"
 #include "jpeg/probe.h"
+#include "support/fileio.h"
 #include "support/othercolours.h"
 #include "support/taggedphotos.h"
 #include "support/testpictures.h"
@@ -21,6 +22,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -204,6 +206,7 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
             tags.push_back(alltags(work.back().path));
             pixels = decodejpeg(work.back().path);
             ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(work.back().path).constData(), times, 0), 0);
+            (void)readwholefile(work.back().path); // as intake and the preview read it, before the run
         }
         work.push_back(row(u"after.jpg"_s));
         writepattern(work.back().path, 48, 32);
@@ -399,6 +402,67 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
     EXPECT_TRUE(readbytes(motion).endsWith(second + video));
     const qsizetype start = readtag(motion, u"MPImage2:MPImageStart"_s, true).toLongLong();
     EXPECT_EQ(readbytes(motion).mid(start, second.size()), second);
+}
+
+namespace {
+
+// Every extended attribute of a file, ACLs among them.
+QMap<QByteArray, QByteArray> attributes(const QString& path) {
+    const QByteArray native = QFile::encodeName(path);
+    QByteArray names(4096, '\0');
+    names.truncate(std::max<ssize_t>(::listxattr(native.constData(), names.data(), size_t(names.size())), 0));
+    QMap<QByteArray, QByteArray> all;
+    for (const QByteArray& name : names.split('\0')) {
+        QByteArray value(4096, '\0');
+        if (!name.isEmpty())
+            all[name] = value.left(std::max<ssize_t>(::getxattr(native.constData(), name.constData(), value.data(), 4096), 0));
+    }
+    return all;
+}
+
+} // namespace
+
+TEST_F(Runs, ALinkedPhotoTurnsThroughItsLinkOrIsRefusedAndAttributesComeOver) {
+    for (const char* name : {"real.jpg", "hard.jpg", "attributes.jpg"})
+        writetaggedphoto(dir.filePath(QLatin1String(name)), 48, 32, 6, 300);
+    QFile::link(dir.filePath(u"real.jpg"_s), dir.filePath(u"link.jpg"_s));
+    ::link(QFile::encodeName(dir.filePath(u"hard.jpg"_s)).constData(),
+           QFile::encodeName(dir.filePath(u"hard2.jpg"_s)).constData());
+    const QByteArray attributed = QFile::encodeName(dir.filePath(u"attributes.jpg"_s));
+    ::chmod(attributed.constData(), 0604);
+    // An access ACL (owner rw, user 12345 r, group none, mask r, others r) and a note of the user's.
+    QByteArray acl;
+    const auto entry = [&](quint16 tag, quint16 permissions, quint32 id) {
+        append16(acl, tag);
+        append16(acl, permissions);
+        append32(acl, id);
+    };
+    append32(acl, 2);
+    entry(0x01, 6, 0xFFFFFFFF), entry(0x02, 4, 12345), entry(0x04, 0, 0xFFFFFFFF), entry(0x10, 4, 0xFFFFFFFF),
+        entry(0x20, 4, 0xFFFFFFFF);
+    ASSERT_EQ(::setxattr(attributed.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0), 0);
+    ASSERT_EQ(::setxattr(attributed.constData(), "user.note", "harbour", 7, 0), 0);
+    struct stat before {};
+    ::stat(attributed.constData(), &before);
+    const auto had = attributes(dir.filePath(u"attributes.jpg"_s));
+    const QByteArray hardbytes = readbytes(dir.filePath(u"hard.jpg"_s));
+
+    const mode_t umask = ::umask(077); // the new file's mode mustn't come from the umask
+    const auto reports = run({row(u"link.jpg"_s), row(u"hard2.jpg"_s), row(u"attributes.jpg"_s)});
+    ::umask(umask);
+    ASSERT_EQ(reports.size(), 3u);
+    EXPECT_EQ(reports[0].outcome, PhotoOutcome::Turned) << qPrintable(reports[0].reason);
+    EXPECT_TRUE(QFileInfo(dir.filePath(u"link.jpg"_s)).isSymLink());
+    EXPECT_EQ(decodejpeg(dir.filePath(u"real.jpg"_s)).width, 32);
+    EXPECT_EQ(reports[1].outcome, PhotoOutcome::Failed);
+    EXPECT_TRUE(reports[1].reason.contains(u"hard links"_s)) << qPrintable(reports[1].reason);
+    EXPECT_EQ(readbytes(dir.filePath(u"hard.jpg"_s)), hardbytes);
+    EXPECT_EQ(reports[2].outcome, PhotoOutcome::Turned) << qPrintable(reports[2].reason);
+    struct stat after {};
+    ::stat(attributed.constData(), &after);
+    EXPECT_EQ(after.st_mode, before.st_mode);
+    EXPECT_EQ(attributes(dir.filePath(u"attributes.jpg"_s)), had);
+    EXPECT_EQ(had.size(), 2);
 }
 
 TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
