@@ -23,7 +23,7 @@ class Taker {
         const Admission admission = judgephoto(path, admission_);
         switch (admission.verdict) {
         case Verdict::Admitted:
-            list_.appendrow(name, options_.action.value_or(admission.action), path);
+            list_.appendrow(name, options_.action.value_or(admission.action), path, !options_.action);
             ++result_.admitted;
             return;
         case Verdict::NotNeeded:

@@ -130,6 +130,8 @@ int main(int argc, char* argv[]) {
         for (const PhotoReport& photo : done) {
             if (photo.outcome == PhotoOutcome::Turned)
                 report.turned.push_back({photo.photo.path, labelof(photo.photo.action), photo.notes});
+            else if (photo.outcome == PhotoOutcome::Skipped)
+                report.skipped.push_back({photo.photo.path, photo.reason});
             else
                 report.failed.push_back({photo.photo.path, photo.reason});
         }

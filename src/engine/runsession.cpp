@@ -2,18 +2,23 @@
 
 #include "engine/filedates.h"
 #include "engine/finishturn.h"
+#include "engine/photolock.h"
 #include "engine/losslessrotate.h"
 #include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
+#include "photolist/probes.h"
 #include "support/places.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 #include <exception>
 #include <new>
+#include <map>
 #include <optional>
+#include <sys/stat.h>
 
 namespace pivotel {
 
@@ -72,11 +77,18 @@ void RunSession::record(const PhotoReport& report) {
 void RunSession::processall() {
     // The tool's process belongs to this thread, so it is made here.
     ExifTool tool(places_.toolfile);
+    // Taken before any turn, which gives a photo a new file and so a new identity.
+    const std::vector<qint64> first = firstrows();
     for (qint64 i = 0; i < static_cast<qint64>(filelist_.size()) && !stop_; ++i) {
         const PhotoRow& photo = filelist_[static_cast<size_t>(i)];
         emit photostarted(i, photo.name);
         try {
-            record(processphoto(i, photo, tool));
+            const qint64 same = first[static_cast<size_t>(i)];
+            if (same != i)
+                record({i, photo, PhotoOutcome::Skipped,
+                        QStringLiteral("same photo as %1").arg(filelist_[static_cast<size_t>(same)].path), {}});
+            else
+                record(processphoto(i, photo, tool));
         } catch (const std::bad_alloc&) {
             // The photo's working file went with its rewrite; the next photo may well fit.
             record({i, photo, PhotoOutcome::Failed, QStringLiteral("too large for the memory available"), {}});
@@ -86,9 +98,34 @@ void RunSession::processall() {
     }
 }
 
+std::vector<qint64> RunSession::firstrows() const {
+    std::vector<qint64> first(filelist_.size());
+    std::map<std::pair<dev_t, ino_t>, qint64> seen;
+    for (size_t i = 0; i < filelist_.size(); ++i) {
+        first[i] = qint64(i);
+        struct stat st {};
+        if (::stat(QFile::encodeName(filelist_[i].path).constData(), &st) == 0)
+            first[i] = seen.try_emplace({st.st_dev, st.st_ino}, qint64(i)).first->second;
+    }
+    return first;
+}
+
 PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
     if (!QFileInfo::exists(photo.path))
         return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
+    // Held until the photo's turn is over, whatever its outcome.
+    const auto lock = PhotoLock::take(photo.path);
+    if (!lock)
+        return {index, photo, PhotoOutcome::Failed, lock.reason(), {}};
+    // Another run may have turned it while this one waited or since it was listed.
+    if (photo.fromexif) {
+        const std::optional<Action> now = getorientation(photo.path);
+        if (now && *now != photo.action)
+            return {index, photo, PhotoOutcome::Skipped,
+                    *now == Action::AsIs ? QStringLiteral("already upright")
+                                         : QStringLiteral("its EXIF orientation changed since it was listed"),
+                    {}};
+    }
     QStringList notes;
     const Status turned = turnphoto(photo, tool, notes);
     if (!turned)

@@ -21,6 +21,8 @@ enum class PhotoOutcome {
     Turned,  // rewritten and in place
     Missing, // not there at its turn
     Failed,  // there, but not done as asked; the reason says why (the photo is as it was)
+    Skipped, // needs no turn after all: the same photo as an earlier row, or already turned by
+             // another run; the reason says which
 };
 
 // What became of one photo of a run.
@@ -67,6 +69,8 @@ class RunSession : public QObject {
     friend class Worker;
 
     void processall();
+    // For each row, the first row of the list that names the same file (itself when none does).
+    [[nodiscard]] std::vector<qint64> firstrows() const;
     [[nodiscard]] PhotoReport processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool);
     // Every step of one photo's turn that writes: the metadata dump of the untouched photo,
     // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on

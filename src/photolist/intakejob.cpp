@@ -78,7 +78,7 @@ void IntakeJob::walk() {
 void IntakeJob::take(const QString& name, const QString& path) {
     const Admission admission = judgephoto(path, options());
     if (admission.verdict == Verdict::Admitted)
-        batch_.push_back({name, admission.action, path});
+        batch_.push_back({name, admission.action, path, options().useexiforientation});
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     if (batch_.size() >= batchrows || now - lastflushms_ >= batchms) {
         flush();

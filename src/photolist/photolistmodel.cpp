@@ -57,10 +57,10 @@ QVariant PhotoListModel::headerData(int section, Qt::Orientation orientation, in
     }
 }
 
-void PhotoListModel::appendrow(const QString& name, Action action, const QString& path) {
+void PhotoListModel::appendrow(const QString& name, Action action, const QString& path, bool fromexif) {
     const int at = static_cast<int>(rows_.size());
     beginInsertRows({}, at, at);
-    rows_.push_back({name, action, path});
+    rows_.push_back({name, action, path, fromexif});
     endInsertRows();
 }
 
@@ -77,6 +77,7 @@ void PhotoListModel::setaction(qint64 row, Action action) {
     if (!hasrow(row))
         return;
     rows_[static_cast<size_t>(row)].action = action;
+    rows_[static_cast<size_t>(row)].fromexif = false;
     const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
     emit dataChanged(cell, cell, {Qt::DisplayRole});
 }
@@ -84,8 +85,10 @@ void PhotoListModel::setaction(qint64 row, Action action) {
 void PhotoListModel::setallactions(Action action) {
     if (rows_.empty())
         return;
-    for (PhotoRow& r : rows_)
+    for (PhotoRow& r : rows_) {
         r.action = action;
+        r.fromexif = false;
+    }
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
                      {Qt::DisplayRole});
 }

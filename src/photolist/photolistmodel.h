@@ -13,6 +13,9 @@ struct PhotoRow {
     QString name;                 // the file's name with its extension
     Action action = Action::AsIs; // shown as its label
     QString path;                 // the POSIX path: the row's identity for every later step
+    // The action was read from the photo's EXIF orientation: a run checks that it still holds
+    // (another run may have turned the photo since), while a chosen action is carried out as chosen.
+    bool fromexif = false;
 };
 
 // The run's packed snapshot of the rows it works on, in list order.
@@ -45,7 +48,7 @@ class PhotoListModel : public QAbstractTableModel {
     const PhotoRow& row(qint64 row) const { return rows_.at(static_cast<size_t>(row)); }
 
     // Appends a row; the list's order is the order of arrival, duplicates included.
-    void appendrow(const QString& name, Action action, const QString& path);
+    void appendrow(const QString& name, Action action, const QString& path, bool fromexif = false);
     // Appends an intake's batch in one step.
     void appendrows(const std::vector<PhotoRow>& rows);
     void setaction(qint64 row, Action action);

@@ -5,7 +5,9 @@ namespace pivotel {
 QString endofrunmessage(const std::vector<PhotoReport>& reports) {
     QString missing, failed, noted;
     for (const PhotoReport& report : reports) {
-        if (report.outcome == PhotoOutcome::Turned && !report.notes.isEmpty())
+        if (report.outcome == PhotoOutcome::Skipped)
+            noted += QLatin1Char('\n') + report.photo.name + QStringLiteral(": not turned, ") + report.reason;
+        else if (report.outcome == PhotoOutcome::Turned && !report.notes.isEmpty())
             noted += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") +
                      report.notes.join(QStringLiteral("; "));
         else if (report.outcome == PhotoOutcome::Missing)
@@ -15,7 +17,7 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports) {
     }
     // Notes only follow the usual message: a run whose photos were all turned is still done.
     const QString notes =
-        noted.isEmpty() ? QString() : QStringLiteral("\n\nTurned, with a note:\n") + noted;
+        noted.isEmpty() ? QString() : QStringLiteral("\n\nOf note:") + noted;
     if (missing.isEmpty() && failed.isEmpty())
         return QStringLiteral("All Done") + notes;
 

@@ -465,6 +465,37 @@ TEST_F(Runs, ALinkedPhotoTurnsThroughItsLinkOrIsRefusedAndAttributesComeOver) {
     EXPECT_EQ(had.size(), 2);
 }
 
+TEST_F(Runs, APhotoIsTurnedOnceWhenListedTwiceOrByTwoRunsAtOnce) {
+    writetaggedphoto(dir.filePath(u"p.jpg"_s), 48, 32, 6, 300);
+    const Pixels before = decodejpeg(dir.filePath(u"p.jpg"_s));
+    QFile::link(dir.path(), dir.filePath(u"alias"_s)); // a folder and a symlinked alias of it
+    PhotoRow p = row(u"p.jpg"_s), alias{u"p.jpg"_s, Action::Rotate90Clockwise, dir.filePath(u"alias/p.jpg"_s)};
+    p.fromexif = alias.fromexif = true;
+    const auto reports = run({p, alias, p});
+    ASSERT_EQ(reports.size(), 3u);
+    EXPECT_EQ(reports[0].outcome, PhotoOutcome::Turned);
+    for (const PhotoReport& later : {reports[1], reports[2]}) {
+        EXPECT_EQ(later.outcome, PhotoOutcome::Skipped);
+        EXPECT_EQ(later.reason, u"same photo as "_s + p.path);
+    }
+    EXPECT_LE(maxdifference(decodejpeg(p.path), turned(before, Action::Rotate90Clockwise)), idcttolerance);
+
+    // Two runs at once, each with a data folder of its own as two users' runs would have: one
+    // turns the photo, the other finds it upright. A chosen action is carried out as chosen.
+    writetaggedphoto(p.path, 48, 32, 6, 300);
+    QTemporaryDir otherdata;
+    RunSession one({p}, {}, {data.path(), exiftoolpath()}), two({p}, {}, {otherdata.path(), exiftoolpath()});
+    one.start();
+    two.start();
+    ASSERT_TRUE(one.wait(QDeadlineTimer(60000)) && two.wait(QDeadlineTimer(60000)));
+    QStringList outcomes{one.reports().at(0).reason, two.reports().at(0).reason};
+    outcomes.sort();
+    EXPECT_EQ(outcomes, (QStringList{QString(), u"already upright"_s}));
+    EXPECT_LE(maxdifference(decodejpeg(p.path), turned(before, Action::Rotate90Clockwise)), idcttolerance);
+    p.fromexif = false;
+    EXPECT_EQ(run({p}).at(0).outcome, PhotoOutcome::Turned);
+}
+
 TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     const QString dying = writefaketool(dir.filePath(u"dying-tool"_s), "kill -9 $$\n");
     writetaggedphoto(dir.filePath(u"tagged.jpg"_s), 48, 32, 6, 300);
