@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QStringList>
 #include <QtGlobal>
 
@@ -12,5 +13,8 @@ struct Rotation {
     // pixels"); the report names it beside the photo.
     QStringList notes;
 };
+
+// The note for a photo whose flawed data (libjpeg's `warning`) was turned as it reads.
+[[nodiscard]] QString flawnote(const QString& warning);
 
 } // namespace pivotel

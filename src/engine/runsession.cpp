@@ -113,7 +113,7 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList&
     if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     const Result<Rotation> rotated = options_.uselosslessrotation
-                                         ? losslessrotate(photo.path, photo.action, working, tool)
+                                         ? losslessrotate(photo.path, photo.action, working, tool, options_.oddsizes)
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
