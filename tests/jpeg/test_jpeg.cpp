@@ -115,7 +115,8 @@ TEST_F(Jpeg, DecodesPixelsResolutionSoundProfileAndOtherSegmentsInOrderAndRefuse
     // Flawed data and CMYK go through the engine's turns.
     writebytes(file("text.jpg"), "not a photo");
     writecmyk(file("cmyk.jpg"), pattern(16, 16));
-    for (const auto& [name, says] : {std::pair{"text.jpg", "can't be decoded"}, {"missing.jpg", "can't be read"}}) {
+    for (const auto& [name, says] :
+         {std::pair{"text.jpg", "can't be decoded"}, {"missing.jpg", "can't be read"}}) {
         const auto picture = decodepicture(file(name));
         EXPECT_TRUE(!picture && picture.reason().contains(QLatin1String(says)))
             << name << ": " << qPrintable(picture.reason());

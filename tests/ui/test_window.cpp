@@ -63,7 +63,8 @@ TEST_F(Window, OpensAsDesignedWithTheOptionsOfAFirstLaunch) {
     for (const char* name : boxes)
         captions << checkbox(name)->text();
     EXPECT_EQ(captions,
-              QStringList({"JPEG Quality %", "Odd Sizes", "Trim", "Re-encode", "Keep", "Use EXIF (Camera Settings) Orientation",
+              QStringList({"JPEG Quality %", "Odd Sizes", "Trim", "Re-encode", "Keep",
+                           "Use EXIF (Camera Settings) Orientation",
                            "Only Load Photos That Needs to be Rotated", "Use Lossless Rotation",
                            "Process All Photos on the List (Normal Rotation)", "Preserve File Dates"}));
     EXPECT_EQ(options(), "10100 75 75 0000 Trim1");
