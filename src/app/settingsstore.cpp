@@ -17,6 +17,7 @@ const QString keynormalprocessall = QStringLiteral("normalprocessall");
 const QString keyuseexiforientation = QStringLiteral("useexiforientation");
 const QString keyuselosslessrotation = QStringLiteral("uselosslessrotation");
 const QString keyjpgquality = QStringLiteral("jpgquality");
+const QString keyoddsizes = QStringLiteral("oddsizes");
 
 // Qt's INI files keep no types ("true" and the text "true" read back alike), so outside macOS,
 // whose native store keeps them, the options are kept as JSON, which does.
@@ -71,6 +72,9 @@ Settings loadsettings() {
     if (quality.typeId() == QMetaType::QString)
         settings.jpgquality = quality.toString();
     readboolean(store, keyuselosslessrotation, settings.uselosslessrotation);
+    const QVariant oddsizes = store.value(keyoddsizes);
+    if (oddsizes.typeId() == QMetaType::QString)
+        settings.oddsizes = oddsizesfromword(oddsizes.toString()).value_or(settings.oddsizes);
 
     // A quality of 0 would make an unusable photo; it stands for the old default.
     QString trimmed = settings.jpgquality;
@@ -89,6 +93,7 @@ void savesettings(const Settings& settings) {
     store.setValue(keyuseexiforientation, settings.useexiforientation);
     store.setValue(keyuselosslessrotation, settings.uselosslessrotation);
     store.setValue(keyjpgquality, settings.jpgquality);
+    store.setValue(keyoddsizes, oddsizesword(settings.oddsizes));
     store.sync();
 }
 

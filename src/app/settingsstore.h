@@ -7,11 +7,12 @@
 namespace pivotel {
 
 // Reads the stored options. A key that is absent, or holds a value of another type than its
-// own (Boolean, or text for "jpgquality"), gives the default. A stored quality "0" comes back
+// own (Boolean, or text for "jpgquality" and "oddsizes"), gives the default, and so does an
+// "oddsizes" other than "trim", "reencode" or "keep". A stored quality "0" comes back
 // as "80".
 [[nodiscard]] Settings loadsettings();
 
-// Stores all six options and writes them out.
+// Stores all seven options and writes them out.
 void savesettings(const Settings& settings);
 
 // Where the options are kept, for a user who looks for them.

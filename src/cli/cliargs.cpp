@@ -42,6 +42,10 @@ QString usagetext() {
         "  --reencode              decode and re-encode each photo instead of turning it\n"
         "                          losslessly\n"
         "  --quality=N             JPEG quality of --reencode, 10 to 100 (default 75)\n"
+        "  --odd-sizes=POLICY      a photo whose size isn't whole blocks at an edge that a\n"
+        "                          lossless turn brings to the top or left: trim drops that edge\n"
+        "                          (at most 15 pixels), reencode turns that photo exactly at its\n"
+        "                          own quality, keep leaves the edge unturned (default trim)\n"
         "  --process-all           with --reencode: every photo, also those needing no turn,\n"
         "                          which are re-encoded unturned\n"
         "  --preserve-dates        keep each photo's modification and access times\n"
@@ -58,6 +62,7 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
     CliOptions options;
     bool onlypaths = false;
     bool qualitygiven = false;
+    bool oddsizesgiven = false;
     for (const QString& argument : arguments) {
         if (onlypaths || !argument.startsWith(QLatin1Char('-'))) {
             options.paths << argument;
@@ -84,6 +89,13 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
                     QStringLiteral("--quality needs a whole number from 10 to 100 (got \"%1\")").arg(value));
             options.quality = quality;
             qualitygiven = true;
+        } else if (name == QLatin1String("--odd-sizes")) {
+            const auto found = oddsizesfromword(value.toLower());
+            if (!hasvalue || !found)
+                return Status::failure(
+                    QStringLiteral("--odd-sizes needs one of trim, reencode, keep (got \"%1\")").arg(value));
+            options.oddsizes = *found;
+            oddsizesgiven = true;
         } else if (const auto found = switches().find(name); found != switches().end()) {
             if (hasvalue)
                 return Status::failure(QStringLiteral("%1 takes no value").arg(name));
@@ -92,9 +104,12 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
             return Status::failure(QStringLiteral("unknown option %1").arg(argument));
         }
     }
-    // Lossless turns have no quality and never take photos that need no turn.
+    // Lossless turns have no quality and never take photos that need no turn; a re-encoding
+    // keeps every pixel whatever the size.
     if (qualitygiven && !options.reencode)
         return Status::failure(QStringLiteral("--quality needs --reencode"));
+    if (oddsizesgiven && options.reencode)
+        return Status::failure(QStringLiteral("--odd-sizes is for lossless turns, not with --reencode"));
     if (options.processall && !options.reencode)
         return Status::failure(QStringLiteral("--process-all needs --reencode"));
     if (options.paths.isEmpty() && !options.help && !options.version)

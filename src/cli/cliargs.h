@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/oddsizes.h"
 #include "photolist/action.h"
 #include "support/status.h"
 
@@ -15,6 +16,7 @@ struct CliOptions {
     std::optional<Action> action; // one action for every photo; none: from the EXIF orientation
     bool reencode = false;
     int quality = 75;
+    OddSizes oddsizes = OddSizes::Trim; // lossless turns only
     bool processall = false;
     bool preservedates = false;
     bool dryrun = false;

@@ -102,6 +102,7 @@ int main(int argc, char* argv[]) {
     options.normalprocessall = cli.processall;
     options.quality = cli.quality;
     options.preservedates = cli.preservedates;
+    options.oddsizes = cli.oddsizes;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
     list.makelist(rule);

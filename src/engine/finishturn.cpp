@@ -25,10 +25,10 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     const auto original = readwholefile(photo);
     if (!original)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(original.reason()));
-    const auto trailer = trailerof(*original);
-    if (!trailer)
-        return trailer.status();
-    const auto before = probejpegdata(*original);
+    // A photo whose picture can't be walked to its end (data cut short, which the rotators read
+    // past) has nothing after it to carry.
+    const QByteArrayView trailer = trailerof(*original).value_or(QByteArrayView());
+    const auto before = probejpeg(photo);
     if (!before)
         return before.status();
 
@@ -48,13 +48,13 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     auto tagged = readwholefile(working);
     if (!tagged)
         return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
-    if (!trailer->isEmpty()) {
-        if (Status carried = carrytrailer(*original, *trailer, tagged.value()); !carried)
+    if (!trailer.isEmpty()) {
+        if (Status carried = carrytrailer(*original, trailer, tagged.value()); !carried)
             return carried;
         if (Status written = writeworking(working, *tagged); !written)
             return written;
     }
-    return checkjpeg(*tagged, {rotated.size, before->colorspace, *trailer});
+    return checkjpeg(*tagged, {rotated.size, before->colorspace, trailer});
 }
 
 } // namespace pivotel

@@ -1,6 +1,8 @@
 #include "engine/losslessrotate.h"
 
+#include "engine/normalrotate.h"
 #include "jpeg/probe.h"
+#include "jpeg/transform.h"
 #include "support/fileio.h"
 
 namespace pivotel {
@@ -21,21 +23,66 @@ JpegTransform transformfor(Action action) {
     return JpegTransform::None;
 }
 
-Status losslesstransform(const QString& source, const QString& target, Action action) {
+namespace {
+
+// Says, in the turned photo's terms, what became of the edge: "trimmed 8 pixels off the width",
+// "edge of 8 pixels left unturned". A turn by a quarter makes the source's rows its columns.
+QString edgenote(PartialEdges partial, Action action, bool trimmed) {
+    const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
+    const int width = quarter ? partial.rows : partial.columns;
+    const int height = quarter ? partial.columns : partial.rows;
+    if (!trimmed) {
+        return width && height ? QStringLiteral("edges of %1 and %2 pixels left unturned").arg(width).arg(height)
+                               : QStringLiteral("edge of %1 pixels left unturned").arg(width + height);
+    }
+    if (width && height)
+        return QStringLiteral("trimmed %1 pixels off the width and %2 off the height").arg(width).arg(height);
+    return QStringLiteral("trimmed %1 pixels off the %2").arg(width + height)
+        .arg(width ? QStringLiteral("width") : QStringLiteral("height"));
+}
+
+} // namespace
+
+Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
+                                      OddSizes oddsizes) {
     const auto data = readwholefile(source);
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
-    return transformjpeg(*data, transformfor(action), EdgePolicy::Keep, target);
-}
-
-Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target) {
-    const auto probe = probejpeg(path);
+    const JpegTransform op = transformfor(action);
+    const auto partial = partialedges(*data, op);
+    if (!partial)
+        return partial.status();
+    if (!partial->perfect() && oddsizes == OddSizes::Reencode) {
+        auto reencoded = reencodeatownquality(source, action, target);
+        if (!reencoded)
+            return reencoded.status();
+        reencoded.value().notes.prepend(QStringLiteral("re-encoded: its size is not whole blocks"));
+        return reencoded;
+    }
+    const auto probe = probejpeg(source);
     if (!probe)
         return probe.status();
-    if (const Status turned = losslesstransform(path, target, action); !turned)
-        return turned;
-    const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
-    return Rotation{quarter ? probe->size.transposed() : probe->size, {}};
+    const EdgePolicy edges = partial->perfect()            ? EdgePolicy::Perfect
+                             : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
+                                                          : EdgePolicy::Keep;
+    const auto warning = transformjpeg(*data, op, edges, target);
+    if (!warning)
+        return warning.status();
+    Rotation rotation;
+    rotation.size = probe->size;
+    if (edges == EdgePolicy::Trim)
+        rotation.size -= QSize(partial->columns, partial->rows);
+    if (action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise)
+        rotation.size.transpose();
+    if (edges != EdgePolicy::Perfect)
+        rotation.notes << edgenote(*partial, action, edges == EdgePolicy::Trim);
+    if (!warning->isEmpty())
+        rotation.notes << flawnote(*warning);
+    return rotation;
+}
+
+Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target, OddSizes oddsizes) {
+    return losslesstransform(path, target, action, oddsizes);
 }
 
 } // namespace pivotel

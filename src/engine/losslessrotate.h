@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/oddsizes.h"
 #include "engine/rotation.h"
 #include "jpeg/transform.h"
 #include "photolist/action.h"
@@ -13,12 +14,16 @@ namespace pivotel {
 [[nodiscard]] JpegTransform transformfor(Action action);
 
 // Turns the JPEG at `source` by rearranging its coded data and writes the result to `target`:
-// progressive, every marker of the source copied, edge blocks kept (no trim). "As Is" only
-// rewrites the photo progressive.
-[[nodiscard]] Status losslesstransform(const QString& source, const QString& target, Action action);
+// progressive, every marker of the source copied. A photo whose size is not whole blocks where
+// the turn needs them is trimmed, re-encoded at its own quality or kept with an unturned edge,
+// as `oddsizes` says. Answers the new size and the notes for the report: what the edge policy
+// did, a flaw in the data read past. "As Is" only rewrites the photo progressive.
+[[nodiscard]] Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
+                                                    OddSizes oddsizes);
 
 // The lossless step of a photo's turn: writes the turned photo to `target`, the working file of
-// the photo's rewrite.
-[[nodiscard]] Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target);
+// the photo's rewrite, with the edge policy `oddsizes`.
+[[nodiscard]] Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target,
+                                              OddSizes oddsizes);
 
 } // namespace pivotel

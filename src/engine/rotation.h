@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QSize>
+#include <QString>
 #include <QStringList>
 
 namespace pivotel {
@@ -12,5 +13,8 @@ struct Rotation {
     // pixels"); the report names it beside the photo.
     QStringList notes;
 };
+
+// The note for a photo whose flawed data (libjpeg's `warning`) was turned as it reads.
+[[nodiscard]] QString flawnote(const QString& warning);
 
 } // namespace pivotel

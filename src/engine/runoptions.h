@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/oddsizes.h"
 #include "photolist/photolistmodel.h"
 
 #include <QString>
@@ -13,6 +14,7 @@ struct RunOptions {
     bool normalprocessall = false;   // xnormalprocessall
     int quality = 70;                // xquality, 10 to 100
     bool preservedates = false;      // ispreservedates
+    OddSizes oddsizes = OddSizes::Trim; // lossless turns only: the re-encoding is always exact
 
     SelectionRule selection() const { return {normalprocessall, uselosslessrotation}; }
 };

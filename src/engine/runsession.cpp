@@ -152,7 +152,7 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList&
     if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     const Result<Rotation> rotated = options_.uselosslessrotation
-                                         ? losslessrotate(photo.path, photo.action, working)
+                                         ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();

@@ -41,6 +41,7 @@ class Decompression {
 
     jpeg_decompress_struct& info() { return info_; }
     QString message() const { return error_.text(); }
+    QString warning() const { return error_.warningtext(); }
 
     bool readheader(std::FILE* file) {
         if (setjmp(error_.jump))
@@ -54,17 +55,19 @@ class Decompression {
         return true;
     }
 
-    // The assembled ICC profile; a damaged one counts as none, the photo itself is sound.
+    // The assembled ICC profile; a damaged one counts as none, the photo itself is sound, so
+    // its warning is not the photo's.
     bool readprofile(JOCTET** profile, unsigned int* length) {
         *profile = nullptr;
         *length = 0;
-        error_.stoponwarning = false;
-        if (setjmp(error_.jump)) {
-            error_.stoponwarning = true;
+        if (setjmp(error_.jump))
             return false;
-        }
+        const long warnings = error_.manager.num_warnings;
         const bool found = jpeg_read_icc_profile(&info_, profile, length);
-        error_.stoponwarning = true;
+        if (warnings == 0 && error_.manager.num_warnings > 0) {
+            error_.manager.num_warnings = 0;
+            error_.warning[0] = 0;
+        }
         return found;
     }
 
@@ -124,6 +127,35 @@ qint64 resolution(jpeg_decompress_struct& info, const std::vector<MarkerSegment>
     return 72;
 }
 
+JpegColorSpace codedspace(J_COLOR_SPACE space) {
+    switch (space) {
+    case JCS_GRAYSCALE:
+        return JpegColorSpace::Grey;
+    case JCS_RGB:
+        return JpegColorSpace::Rgb;
+    case JCS_CMYK:
+        return JpegColorSpace::Cmyk;
+    case JCS_YCCK:
+        return JpegColorSpace::Ycck;
+    default:
+        return JpegColorSpace::YCbCr;
+    }
+}
+
+// The sampling and the quantization tables of the frame, as the header gives them.
+JpegCoding codingof(const jpeg_decompress_struct& info) {
+    JpegCoding coding;
+    for (int c = 0; c < info.num_components; ++c) {
+        const jpeg_component_info& component = info.comp_info[c];
+        coding.components.push_back({component.h_samp_factor, component.v_samp_factor, component.quant_tbl_no});
+    }
+    for (int t = 0; t < NUM_QUANT_TBLS; ++t) {
+        if (const JQUANT_TBL* table = info.quant_tbl_ptrs[t])
+            coding.tables[size_t(t)].assign(std::begin(table->quantval), std::end(table->quantval));
+    }
+    return coding;
+}
+
 } // namespace
 
 Result<DecodedPicture> decodepicture(const QString& path) {
@@ -154,18 +186,20 @@ Result<DecodedPicture> decodepicture(const QString& path) {
     // Four bytes a pixel: a turn then moves whole words.
     J_COLOR_SPACE colorspace = JCS_EXT_RGBX;
     QImage::Format format = QImage::Format_RGBX8888;
+    picture.colorspace = codedspace(info.jpeg_color_space);
     switch (info.jpeg_color_space) {
     case JCS_GRAYSCALE:
         colorspace = JCS_GRAYSCALE;
         format = QImage::Format_Grayscale8;
         break;
     case JCS_CMYK:
-    case JCS_YCCK:
-        return Status::failure(
-            QStringLiteral("is a CMYK photo, which can't be re-encoded (lossless rotation can turn it)"));
+    case JCS_YCCK: // libjpeg undoes the YCC step; the inks are kept as they are
+        colorspace = JCS_CMYK;
+        break;
     default:
         break;
     }
+    picture.coding = codingof(info);
     if (!decompression.start(colorspace))
         return damaged(decompression);
 
@@ -176,6 +210,7 @@ Result<DecodedPicture> decodepicture(const QString& path) {
                                    .arg(info.output_height));
     if (!decompression.readrows(picture.image) || !decompression.finish())
         return damaged(decompression);
+    picture.warning = decompression.warning();
     return picture;
 }
 

@@ -22,18 +22,29 @@ bool startswith(const QByteArray& body, const char* prefix, qsizetype length) {
     return body.size() >= length && std::memcmp(body.constData(), prefix, size_t(length)) == 0;
 }
 
-// Segments that libjpeg writes itself, or that describe the old encoding.
-bool writtenanew(const MarkerSegment& segment) {
+bool isinks(std::optional<JpegColorSpace> space) {
+    return space == JpegColorSpace::Cmyk || space == JpegColorSpace::Ycck;
+}
+
+bool isadobe(const MarkerSegment& segment) {
+    return segment.marker == JPEG_APP0 + 14 && startswith(segment.body, "Adobe", 5);
+}
+
+// Segments that libjpeg writes itself, or that describe the old encoding. The Adobe marker of
+// inks coded as they were coded stays: it says how they are stored.
+bool writtenanew(const MarkerSegment& segment, const EncodeSettings& settings) {
     if (segment.marker == JPEG_APP0)
         return startswith(segment.body, "JFIF\0", 5) || startswith(segment.body, "JFXX\0", 5);
     if (segment.marker == JPEG_APP0 + 2)
         return startswith(segment.body, "ICC_PROFILE\0", 12);
-    if (segment.marker == JPEG_APP0 + 14)
-        return startswith(segment.body, "Adobe", 5);
+    if (isadobe(segment))
+        return !isinks(settings.colorspace);
     return false;
 }
 
-J_COLOR_SPACE colorspace(QImage::Format format) {
+J_COLOR_SPACE inputspace(QImage::Format format, const EncodeSettings& settings) {
+    if (isinks(settings.colorspace))
+        return JCS_CMYK;
     switch (format) {
     case QImage::Format_Grayscale8:
         return JCS_GRAYSCALE;
@@ -42,6 +53,44 @@ J_COLOR_SPACE colorspace(QImage::Format format) {
     default:
         return JCS_EXT_RGBX;
     }
+}
+
+J_COLOR_SPACE codedspace(JpegColorSpace space) {
+    switch (space) {
+    case JpegColorSpace::Grey:
+        return JCS_GRAYSCALE;
+    case JpegColorSpace::Rgb:
+        return JCS_RGB;
+    case JpegColorSpace::Cmyk:
+        return JCS_CMYK;
+    case JpegColorSpace::Ycck:
+        return JCS_YCCK;
+    case JpegColorSpace::YCbCr:
+        break;
+    }
+    return JCS_YCbCr;
+}
+
+// The photo's own tables and sampling; a coding of another number of components is none.
+bool applycoding(jpeg_compress_struct& info, const JpegCoding& coding) {
+    if (int(coding.components.size()) != info.num_components)
+        return false;
+    for (size_t t = 0; t < coding.tables.size(); ++t) {
+        const std::vector<quint16>& steps = coding.tables[t];
+        if (steps.size() != DCTSIZE2)
+            continue;
+        unsigned int table[DCTSIZE2];
+        std::copy(steps.begin(), steps.end(), table);
+        // At a scale of 100 the steps go in unchanged; steps above 255 need 16-bit tables.
+        jpeg_add_quant_table(&info, int(t), table, 100, FALSE);
+    }
+    for (int c = 0; c < info.num_components; ++c) {
+        const JpegCoding::Component& component = coding.components[size_t(c)];
+        info.comp_info[c].h_samp_factor = component.hsampling;
+        info.comp_info[c].v_samp_factor = component.vsampling;
+        info.comp_info[c].quant_tbl_no = component.table;
+    }
+    return true;
 }
 
 // One compression. Every method that calls libjpeg sets the jump target first and answers
@@ -63,21 +112,31 @@ class Compression {
         info_.image_width = JDIMENSION(picture.width());
         info_.image_height = JDIMENSION(picture.height());
         info_.input_components = picture.bytesperpixel();
-        info_.in_color_space = colorspace(picture.format());
+        info_.in_color_space = inputspace(picture.format(), settings);
         jpeg_set_defaults(&info_);
-        jpeg_set_quality(&info_, settings.quality, TRUE);
-        info_.optimize_coding = TRUE;
-        if (info_.in_color_space != JCS_GRAYSCALE && settings.quality >= 90) {
-            info_.comp_info[0].h_samp_factor = 1;
-            info_.comp_info[0].v_samp_factor = 1;
+        if (settings.colorspace)
+            jpeg_set_colorspace(&info_, codedspace(*settings.colorspace));
+        if (!settings.coding || !applycoding(info_, *settings.coding)) {
+            jpeg_set_quality(&info_, settings.quality, TRUE);
+            for (int c = 0; settings.quality >= 90 && c < info_.num_components; ++c) {
+                info_.comp_info[c].h_samp_factor = 1;
+                info_.comp_info[c].v_samp_factor = 1;
+            }
         }
-        info_.write_JFIF_header = TRUE;
+        info_.optimize_coding = TRUE;
+        if (settings.progressive)
+            jpeg_simple_progression(&info_);
+        // JFIF holds only YCbCr and grey; inks carry their own Adobe marker, as the photo had it.
+        info_.write_JFIF_header = info_.jpeg_color_space == JCS_YCbCr || info_.jpeg_color_space == JCS_GRAYSCALE;
+        if (isinks(settings.colorspace))
+            info_.write_Adobe_marker =
+                std::none_of(settings.segments.begin(), settings.segments.end(), isadobe);
         info_.density_unit = 1;
         info_.X_density = UINT16(std::clamp<qint64>(settings.dpi, 1, 65535));
         info_.Y_density = info_.X_density;
         jpeg_start_compress(&info_, TRUE);
         for (const MarkerSegment& segment : settings.segments) {
-            if (!writtenanew(segment))
+            if (!writtenanew(segment, settings))
                 jpeg_write_marker(&info_, segment.marker,
                                   reinterpret_cast<const JOCTET*>(segment.body.constData()),
                                   unsigned(segment.body.size()));

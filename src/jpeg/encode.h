@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <optional>
 #include <vector>
 
 namespace pivotel {
@@ -17,8 +18,16 @@ struct EncodeSettings {
     qint64 dpi = 72;         // written as the JFIF density in dots per inch
     QByteArray colorprofile; // written when not empty
     // Written in order, except those this encoder writes anew: the JFIF header, the colour
-    // profile and Adobe's colour transform marker.
+    // profile and, but for a CMYK or YCCK picture, Adobe's colour transform marker.
     std::vector<MarkerSegment> segments;
+    // The colour space coded in the file; none: YCbCr, or grey for grey pixels. CMYK and YCCK
+    // take pixels of C, M, Y, K bytes in a Format_RGBX8888 picture, and keep the Adobe marker
+    // of `segments`, which tells readers how the inks are stored.
+    std::optional<JpegColorSpace> colorspace;
+    // A photo's own sampling and quantization tables, in place of `quality` and the default
+    // sampling: the picture is coded again as near to how it was as a re-encoding can be.
+    std::optional<JpegCoding> coding;
+    bool progressive = false; // else baseline
 };
 
 // Pixels handed to the encoder a strip of rows at a time, so that a turned picture need never
@@ -36,9 +45,9 @@ class RowSource {
     virtual void copyrows(int first, int count, unsigned char* out, qsizetype stride) const = 0;
 };
 
-// Encodes the picture as a baseline JPEG with optimised Huffman tables and writes it to
-// `target`. Grey pictures stay grey. Chroma is halved both ways below quality 90 and kept whole
-// from 90 up, where a user asks for the most the format can keep.
+// Encodes the picture as a JPEG with optimised Huffman tables and writes it to `target`. Grey
+// pictures stay grey. At a quality, chroma is halved both ways below 90 and kept whole from 90
+// up, where a user asks for the most the format can keep.
 [[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target);
 
 } // namespace pivotel

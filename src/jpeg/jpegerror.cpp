@@ -18,11 +18,8 @@ void emitmessage(j_common_ptr codec, int level) {
     if (level >= 0) // trace messages
         return;
     JpegError& error = handler(codec);
-    ++codec->err->num_warnings;
-    if (error.stoponwarning) {
-        codec->err->format_message(codec, error.message);
-        std::longjmp(error.jump, 1);
-    }
+    if (codec->err->num_warnings++ == 0)
+        codec->err->format_message(codec, error.warning);
 }
 
 // Nothing goes to the terminal; the caller words the failure.

@@ -9,20 +9,22 @@ namespace pivotel {
 
 // libjpeg's error handler for our decoders and encoders. libjpeg's own ends the program; this
 // one jumps back to `jump`, which every step that calls libjpeg sets first, and the step gives
-// up cleanly with the message kept for the user. Warnings about damaged data count as errors
-// unless `stoponwarning` is off: a damaged photo is never rewritten from a guess.
+// up cleanly with the message kept for the user. A warning (stray bytes before a marker, data
+// that ends early) stops nothing: libjpeg reads past it as every viewer does, and the first one
+// is kept so that the user hears of it.
 //
 // A step that sets `jump` must hold no object with a destructor of its own: the jump passes
 // over such objects without ending them. Resources live in the step's caller.
 struct JpegError {
     jpeg_error_mgr manager{}; // first, so libjpeg's pointer to it is a pointer to the whole
     std::jmp_buf jump{};
-    bool stoponwarning = true;
     char message[JMSG_LENGTH_MAX] = {};
+    char warning[JMSG_LENGTH_MAX] = {}; // the first warning, empty when there was none
 
     // Sets up the handler; the result goes into the codec's `err` before it is created.
     jpeg_error_mgr* install();
     QString text() const { return QString::fromLocal8Bit(message); }
+    QString warningtext() const { return QString::fromLocal8Bit(warning); }
 };
 
 } // namespace pivotel

@@ -35,12 +35,16 @@ Result<QByteArray> readjpegheader(const QString& path) {
     QByteArray header = file.read(2);
     if (header.size() != 2 || uchar(header[0]) != 0xFF || uchar(header[1]) != 0xD8)
         return Status::failure(QStringLiteral("not a JPEG file"));
-    while (header.size() < maxheaderbytes) {
+    qint64 stray = 0;
+    while (header.size() + stray < maxheaderbytes) {
         char c = 0;
         if (!file.getChar(&c))
             return Status::failure(QStringLiteral("the JPEG header ends early"));
-        if (uchar(c) != 0xFF)
-            return Status::failure(QStringLiteral("the JPEG header is damaged"));
+        // Stray bytes before a marker are passed over, as libjpeg passes them with a warning.
+        if (uchar(c) != 0xFF) {
+            ++stray;
+            continue;
+        }
         unsigned char marker = 0xFF;
         while (marker == 0xFF) { // fill bytes may stand before a marker
             if (!file.getChar(&c))
@@ -101,9 +105,7 @@ Result<qsizetype> pictureend(QByteArrayView data) {
     bool inscan = false;
     while (pos < size) {
         if (bytes[pos] != 0xFF) {
-            if (!inscan)
-                return Status::failure(QStringLiteral("the JPEG data is damaged"));
-            ++pos; // entropy-coded data
+            ++pos; // entropy-coded data, or stray bytes before a marker, which decoders skip too
             continue;
         }
         qsizetype next = pos + 1;

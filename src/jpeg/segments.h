@@ -11,8 +11,8 @@
 namespace pivotel {
 
 // The bytes of a JPEG file from its start through the start-of-scan segment: every marker
-// segment (EXIF, ICC, tables, frame header) and no coded image data. Fails when the file
-// can't be read or isn't a JPEG stream.
+// segment (EXIF, ICC, tables, frame header) and no coded image data; stray bytes between two
+// segments are left out. Fails when the file can't be read or isn't a JPEG stream.
 [[nodiscard]] Result<QByteArray> readjpegheader(const QString& path);
 
 // One marker segment of a header: its marker and its bytes, from the 0xFF through the body.

@@ -1,5 +1,6 @@
 #include "jpeg/transform.h"
 
+#include "jpeg/jpegerror.h"
 #include "jpeg/turbojpeg.h"
 #include "support/fileio.h"
 
@@ -23,9 +24,96 @@ int transformop(JpegTransform op) {
     return TJXOP_NONE;
 }
 
+int edgeoptions(EdgePolicy edges) {
+    switch (edges) {
+    case EdgePolicy::Perfect:
+        return TJXOPT_PERFECT;
+    case EdgePolicy::Trim:
+        return TJXOPT_TRIM;
+    case EdgePolicy::Keep:
+        break;
+    }
+    return 0;
+}
+
+// The frame's size and its iMCU, the block that a transform moves whole. One header read, with
+// the jump target set before libjpeg is called.
+struct Frame {
+    int width = 0, height = 0, blockwidth = 8, blockheight = 8;
+};
+
+class SourceReader {
+  public:
+    explicit SourceReader(const QByteArray& data) : data_(data) { info_.err = error_.install(); }
+    ~SourceReader() { jpeg_destroy_decompress(&info_); }
+    SourceReader(const SourceReader&) = delete;
+    SourceReader& operator=(const SourceReader&) = delete;
+
+    bool header(Frame& frame) {
+        if (setjmp(error_.jump))
+            return false;
+        start();
+        frame.width = int(info_.image_width);
+        frame.height = int(info_.image_height);
+        // A single component is coded block by block, whatever its sampling factors say.
+        if (info_.num_components > 1) {
+            frame.blockwidth = 8 * info_.max_h_samp_factor;
+            frame.blockheight = 8 * info_.max_v_samp_factor;
+        }
+        return true;
+    }
+
+    // Reads all the coded data, as a transform does.
+    bool wholedata() {
+        if (setjmp(error_.jump))
+            return false;
+        start();
+        jpeg_read_coefficients(&info_);
+        jpeg_finish_decompress(&info_);
+        return true;
+    }
+
+    QString message() const { return error_.text(); }
+    QString warning() const { return error_.warningtext(); }
+
+  private:
+    void start() {
+        jpeg_create_decompress(&info_);
+        jpeg_mem_src(&info_, reinterpret_cast<const unsigned char*>(data_.constData()),
+                     static_cast<unsigned long>(data_.size()));
+        jpeg_read_header(&info_, TRUE);
+    }
+
+    const QByteArray& data_;
+    JpegError error_;
+    jpeg_decompress_struct info_{};
+};
+
 } // namespace
 
-Status transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges, const QString& target) {
+Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
+    SourceReader reader(data);
+    Frame frame;
+    if (!reader.header(frame))
+        return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
+    const int columns = frame.width % frame.blockwidth;
+    const int rows = frame.height % frame.blockheight;
+    // The edges each operation brings to the top or the left, as libjpeg's transformer has them.
+    switch (op) {
+    case JpegTransform::Rotate90: // the bottom edge goes to the left
+        return PartialEdges{0, rows};
+    case JpegTransform::Rotate270: // the right edge goes to the top
+    case JpegTransform::FlipHorizontal:
+        return PartialEdges{columns, 0};
+    case JpegTransform::Rotate180:
+        return PartialEdges{columns, rows};
+    case JpegTransform::None:
+        break;
+    }
+    return PartialEdges{};
+}
+
+Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges, const QString& target) {
     const TjHandle tj(tjInitTransform());
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
@@ -33,24 +121,33 @@ Status transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
     tjtransform transform{};
     transform.op = transformop(op);
     // Markers are copied unless told otherwise.
-    transform.options = TJXOPT_PROGRESSIVE | (edges == EdgePolicy::Trim ? TJXOPT_TRIM : 0);
+    transform.options = TJXOPT_PROGRESSIVE | edgeoptions(edges);
 
     unsigned char* output = nullptr;
     unsigned long outputsize = 0;
     const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                               static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform,
-                               TJFLAG_STOPONWARNING);
+                               static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
     const TjBuffer owned(output);
-    if (rc != 0)
-        return Status::failure(
-            QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+    // TurboJPEG reports a warning that came before an error as a warning, and may leave half a
+    // result then: libjpeg, reading the data as the transform did, tells the two apart. Sound
+    // data, the common case, is read only once.
+    QString warning;
+    if (rc != 0) {
+        SourceReader reader(data);
+        if (!reader.wholedata())
+            return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
+        if (tjGetErrorCode(tj.get()) != TJERR_WARNING)
+            return Status::failure(
+                QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+        warning = reader.warning();
+    }
     if (!output || outputsize == 0)
         return Status::failure(QStringLiteral("the JPEG library gave no result"));
 
     const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
     if (!written)
         return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
-    return Status::success();
+    return warning;
 }
 
 } // namespace pivotel

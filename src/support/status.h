@@ -35,6 +35,7 @@ template <typename T> class [[nodiscard]] Result {
     T&& value() && { return std::move(*value_); }
     const T* operator->() const { return &*value_; }
     const T& operator*() const { return *value_; }
+    T value_or(T fallback) const { return ok() ? *value_ : std::move(fallback); }
     QString reason() const { return failure_.reason(); }
     Status status() const { return ok() ? Status::success() : failure_; }
 

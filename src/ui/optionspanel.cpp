@@ -4,6 +4,7 @@
 #include "ui/qualityrule.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -69,6 +70,25 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
                                  QStringLiteral("Process All Photos on the List (Normal Rotation)"));
     preserveDATES_ = checkbox(this, "preserveDATES", QStringLiteral("Preserve File Dates"));
 
+    // Lossless turns only; a compact row under the other options, which stay where they were.
+    lbloddsizes_ = new QLabel(QStringLiteral("Odd Sizes"), this);
+    lbloddsizes_->setObjectName(QStringLiteral("lbloddsizes"));
+    lbloddsizes_->setFont(boldfont(lbloddsizes_));
+    oddsizes_ = new QComboBox(this);
+    oddsizes_->setObjectName(QStringLiteral("oddsizes"));
+    oddsizes_->addItem(QStringLiteral("Trim"), int(OddSizes::Trim));
+    oddsizes_->addItem(QStringLiteral("Re-encode"), int(OddSizes::Reencode));
+    oddsizes_->addItem(QStringLiteral("Keep"), int(OddSizes::Keep));
+    oddsizes_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    oddsizes_->setToolTip(QStringLiteral(
+        "A lossless turn can't move a partial block of pixels to the top or left edge. For a photo "
+        "whose size isn't whole blocks there: Trim drops that edge (at most 15 pixels), Re-encode "
+        "turns that photo exactly at its own quality, Keep leaves the edge unturned."));
+    lbloddsizes_->setBuddy(oddsizes_);
+    // Built as the lossless box is, unchecked.
+    lbloddsizes_->setEnabled(false);
+    oddsizes_->setEnabled(false);
+
     auto* quality = new QHBoxLayout;
     quality->setContentsMargins(6, 0, 0, 0);
     quality->addWidget(lbljpegquality_);
@@ -84,6 +104,12 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     column->addLayout(quality);
     column->addWidget(normalprocessall_);
     column->addWidget(preserveDATES_);
+    auto* oddsizes = new QHBoxLayout;
+    oddsizes->setContentsMargins(6, 4, 0, 0);
+    oddsizes->addWidget(lbloddsizes_);
+    oddsizes->addWidget(oddsizes_);
+    oddsizes->addStretch(1);
+    column->addLayout(oddsizes);
     column->addStretch(1);
 
     for (QCheckBox* box : {useexiforientation_, onlyloadwhenneeded_})
@@ -94,6 +120,7 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     setTabOrder(qualityslider_, jpgquality_);
     setTabOrder(jpgquality_, normalprocessall_);
     setTabOrder(normalprocessall_, preserveDATES_);
+    setTabOrder(preserveDATES_, oddsizes_);
 
     connect(uselosslessrotation_, &QCheckBox::toggled, this, [this] { uselosslessrotation_ValueChanged(); });
     connect(qualityslider_, &QSlider::valueChanged, this,
@@ -107,6 +134,7 @@ void OptionsPanel::applysettings(const Settings& settings) {
     normalprocessall_->setChecked(settings.normalprocessall);
     useexiforientation_->setChecked(settings.useexiforientation);
     jpgquality_->setText(settings.jpgquality);
+    oddsizes_->setCurrentIndex(oddsizes_->findData(int(settings.oddsizes)));
     // Greys or frees the quality controls through its change handler, when it changes.
     uselosslessrotation_->setChecked(settings.uselosslessrotation);
     qualityslider_->setValue(static_cast<int>(std::trunc(leadingvalue(jpgquality_->text()))));
@@ -120,6 +148,7 @@ Settings OptionsPanel::settings() const {
     settings.useexiforientation = useexiforientation_->isChecked();
     settings.uselosslessrotation = uselosslessrotation_->isChecked();
     settings.jpgquality = jpgquality_->text();
+    settings.oddsizes = OddSizes(oddsizes_->currentData().toInt());
     return settings;
 }
 
@@ -136,6 +165,7 @@ RunOptions OptionsPanel::runoptions() const {
     options.uselosslessrotation = uselosslessrotation_->isChecked();
     options.normalprocessall = normalprocessall_->isChecked();
     options.preservedates = preserveDATES_->isChecked();
+    options.oddsizes = OddSizes(oddsizes_->currentData().toInt());
     return options;
 }
 
@@ -157,6 +187,9 @@ void OptionsPanel::uselosslessrotation_ValueChanged() {
     normalprocessall_->setEnabled(enabled);
     jpgquality_->setEnabled(enabled);
     lbljpegquality_->setEnabled(enabled);
+    // A re-encoding keeps every pixel whatever the size: odd sizes matter to lossless turns only.
+    lbloddsizes_->setEnabled(!enabled);
+    oddsizes_->setEnabled(!enabled);
 }
 
 void OptionsPanel::qualityslider_ValueChanged(int value) {

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 class QCheckBox;
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QSlider;
@@ -54,6 +55,8 @@ class OptionsPanel : public QWidget {
     QLineEdit* jpgquality_;
     QCheckBox* normalprocessall_;
     QCheckBox* preserveDATES_;
+    QLabel* lbloddsizes_;
+    QComboBox* oddsizes_;
 };
 
 } // namespace pivotel

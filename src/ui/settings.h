@@ -1,10 +1,12 @@
 #pragma once
 
+#include "engine/oddsizes.h"
+
 #include <QString>
 
 namespace pivotel {
 
-// The six options that outlive a launch, with their values when nothing is stored.
+// The seven options that outlive a launch, with their values when nothing is stored.
 struct Settings {
     bool onlyloadwhenneeded = false;
     bool preservedates = false;
@@ -12,6 +14,7 @@ struct Settings {
     bool useexiforientation = true;
     bool uselosslessrotation = true;
     QString jpgquality = QStringLiteral("75"); // kept as text, exactly as the field holds it
+    OddSizes oddsizes = OddSizes::Trim;
 
     bool operator==(const Settings&) const = default;
 };

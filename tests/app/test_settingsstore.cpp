@@ -12,13 +12,15 @@ using namespace pivotel;
 using namespace Qt::StringLiterals;
 
 TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
-    // All six changed, then each alone, so that no two keys can be swapped unnoticed.
-    std::vector<Settings> stores{{true, true, true, false, false, u"55.9"_s}};
+    // All seven changed, then each alone, so that no two keys can be swapped unnoticed.
+    std::vector<Settings> stores{{true, true, true, false, false, u"55.9"_s, OddSizes::Keep}};
     for (int key = 0; key < 6; ++key) {
         Settings one;
         bool* flags[] = {&one.onlyloadwhenneeded, &one.preservedates,       &one.normalprocessall,
                          &one.useexiforientation, &one.uselosslessrotation, nullptr};
-        flags[key] ? void(*flags[key] = !*flags[key]) : void(one.jpgquality = u"90"_s);
+        // The two texts change together: swapped, each would hold the other's value.
+        flags[key] ? void(*flags[key] = !*flags[key])
+                   : void(one = {.jpgquality = u"90"_s, .oddsizes = OddSizes::Reencode});
         stores.push_back(one);
     }
     for (const Settings& stored : stores) {
@@ -28,7 +30,7 @@ TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
     savesettings(stores[0]);
     EXPECT_EQ(
         QJsonDocument::fromJson(test::readbytes(settingslocation())).toJson(QJsonDocument::Compact),
-        R"({"jpgquality":"55.9","normalprocessall":true,"onlyloadwhenneeded":true,"preservedates":true,)"
+        R"({"jpgquality":"55.9","normalprocessall":true,"oddsizes":"keep","onlyloadwhenneeded":true,"preservedates":true,)"
         R"("useexiforientation":false,"uselosslessrotation":false})");
 }
 
@@ -37,8 +39,10 @@ TEST(SettingsStore, TrustsOnlyValuesOfTheirOwnType) {
     const std::pair<const char*, Settings> cases[] = {
         {"", {}}, // nothing stored
         {R"({"onlyloadwhenneeded": "true", "preservedates": 1, "normalprocessall": {"x": true},
-            "useexiforientation": "false", "uselosslessrotation": 0, "jpgquality": 42})",
+            "useexiforientation": "false", "uselosslessrotation": 0, "jpgquality": 42, "oddsizes": 1})",
          {}},
+        {R"({"oddsizes": "crop"})", {}}, // a policy this version doesn't know
+        {R"({"oddsizes": "reencode"})", {.oddsizes = OddSizes::Reencode}},
         {R"({"jpgquality": false, "uselosslessrotation": false})", {.uselosslessrotation = false}},
         {R"({"jpgquality": "0"})", {.jpgquality = u"80"_s}},   // stands for the old default
         {R"({"jpgquality": "0  "})", {.jpgquality = u"80"_s}}, // blanks on the right don't count

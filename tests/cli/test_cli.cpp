@@ -97,6 +97,9 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--quality=80 six", 2, "--quality needs --reencode", {}, ""},
         {"--process-all six", 2, "--process-all needs --reencode", {}, ""},
         {"--reencode --quality six", 2, "--quality", {}, ""},
+        {"--odd-sizes=keep six", 0, "Turned 1 photo", {}, "six"},
+        {"--odd-sizes=crop six", 2, "--odd-sizes needs one of trim, reencode, keep", {}, ""},
+        {"--reencode --odd-sizes=trim six", 2, "--odd-sizes is for lossless turns", {}, ""},
         {"nowhere", 2, "no such file or folder", {}, ""},
         {"notes", 2, "not a readable JPEG", {}, ""}};
     // The window corrects a quality out of range; a command line is refused.

@@ -7,8 +7,11 @@
 #include "engine/runsession.h"
 #include "engine/turnedpicture.h"
 #include "jpeg/decode.h"
+#include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
 #include "support/fileio.h"
+#include "metadata/exiftool.h"
+#include "photolist/probes.h"
 #include "support/othercolours.h"
 #include "support/taggedphotos.h"
 #include "support/testpictures.h"
@@ -34,7 +37,7 @@ namespace {
 class Engine : public ::testing::Test {
   protected:
     Status rotate(bool lossless, Action action) {
-        return lossless ? losslesstransform(source, target, action)
+        return lossless ? losslesstransform(source, target, action, OddSizes::Keep).status()
                         : normalrotatenew(source, action, target, 100).status();
     }
     PhotoRow row(const QString& name, Action action = Action::Rotate90Clockwise) const {
@@ -75,7 +78,7 @@ using Runs = Engine;
 } // namespace
 
 TEST_F(Rotators, EveryActionTurnsThePixelsExactlyAndKeepsTheColourSpace) {
-    // Whole blocks, partial ones (nothing may be cut or added), grey (with the mark in its channel).
+    // Whole blocks, partial ones (kept: nothing may be cut or added), grey (with the mark in its channel).
     const std::tuple<int, int, Sampling, bool> sources[] = {
         {64, 48, Sampling::S444, false}, {61, 45, Sampling::S420, false}, {40, 24, Sampling::S444, true}};
     for (const bool lossless : {true, false}) {
@@ -143,6 +146,103 @@ TEST_F(Rotators, CarryEveryMarkerProfileAndResolutionAndReencodeAtTheQualityAske
         EXPECT_EQ(readtag(target, QLatin1String(tag)), readtag(source, QLatin1String(tag))) << tag;
     // What the encoder writes anew (one JFIF header, the profile's two chunks) isn't copied as well.
     EXPECT_EQ(segmentbodies(target, 0xE0).size() * 10 + segmentbodies(target, 0xE2).size(), 12);
+}
+
+TEST_F(Rotators, TurnTheEdgeThatIsNotWholeBlocksAsAskedAndOnlyWhereTheTurnMovesIt) {
+    // 4:2:0 blocks are 16 pixels: 203 x 157 leaves 11 columns at the right, 13 rows at the bottom.
+    writepattern(source, 203, 157, Sampling::S420);
+    const Pixels original = decodejpeg(source);
+    const JpegCoding coding = decodepicture(source)->coding;
+    const struct {
+        Action action;
+        QSize trimmed; // the source's part that a trimmed turn keeps
+        const char* trimnote;
+    } turns[] = {{Action::AsIs, {203, 157}, ""},
+                 {Action::Rotate90Clockwise, {203, 144}, "trimmed 13 pixels off the width"},
+                 {Action::Rotate90Counterclockwise, {192, 157}, "trimmed 11 pixels off the height"},
+                 {Action::Rotate180, {192, 144}, "trimmed 11 pixels off the width and 13 off the height"},
+                 {Action::FlipLeft, {192, 157}, "trimmed 11 pixels off the width"}};
+    for (const auto& turn : turns) {
+        const Pixels whole = turned(original, turn.action);
+        const Pixels part = pixelsof(pictureof(original).copy(QRect(QPoint(), turn.trimmed)));
+        const bool quarter = whole.width != original.width;
+        for (const OddSizes oddsizes : {OddSizes::Trim, OddSizes::Reencode, OddSizes::Keep}) {
+            SCOPED_TRACE(labelof(turn.action).toStdString() + " " + oddsizesword(oddsizes).toStdString());
+            const auto rotation = losslesstransform(source, target, turn.action, oddsizes);
+            ASSERT_TRUE(rotation) << qPrintable(rotation.reason());
+            const QStringList* notes = &rotation->notes;
+            const Pixels result = decodejpeg(target);
+            EXPECT_EQ(rotation->size, QSize(result.width, result.height)); // what the new file is checked against
+            EXPECT_TRUE(isprogressive(target));
+            if (turn.action == Action::AsIs || oddsizes == OddSizes::Trim) {
+                EXPECT_EQ(notes->join(u'|'), QLatin1String(turn.trimnote));
+                EXPECT_LE(maxdifference(result, turned(part, turn.action)), idcttolerance);
+            } else if (oddsizes == OddSizes::Reencode) {
+                // Every pixel, at the photo's own sampling and quality.
+                EXPECT_EQ(*notes, QStringList{u"re-encoded: its size is not whole blocks"_s});
+                EXPECT_LE(meandifference(result, whole), meantolerance);
+                EXPECT_EQ(decodepicture(target)->coding, quarter ? coding.transposed() : coding);
+            } else {
+                EXPECT_TRUE(notes->join(u'|').endsWith("pixels left unturned"_L1))
+                    << qPrintable(notes->join(u'|'));
+                EXPECT_EQ(QSize(result.width, result.height), QSize(whole.width, whole.height));
+            }
+        }
+    }
+    // Partial blocks only at the right edge, which a clockwise turn takes to the bottom: no policy
+    // touches that photo.
+    writepattern(source, 200, 160, Sampling::S420);
+    for (const OddSizes oddsizes : {OddSizes::Trim, OddSizes::Reencode, OddSizes::Keep})
+        EXPECT_TRUE(losslesstransform(source, target, Action::Rotate90Clockwise, oddsizes)->notes.isEmpty());
+}
+
+TEST_F(Rotators, TurnFlawedDataAsItReadsAndCmykInItsOwnColoursAndRefuseWhatCantBeRead) {
+    writepattern(source, 64, 48, Sampling::S420);
+    const QByteArray sound = readbytes(source);
+    const qsizetype end = sound.size() - 2, scan = sound.indexOf("\xFF\xDA"), middle = (scan + end) / 2;
+    ASSERT_NE(uchar(sound[middle - 1]), 0xFF);
+    const QString inks = dir.filePath(u"inks.jpg"_s);
+    writecmyk(inks, pattern(64, 40));
+    const Action cw = Action::Rotate90Clockwise;
+    const struct {
+        const char* what;
+        QByteArray bytes; // empty: the CMYK photo
+        bool admitted, turns;
+    } cases[] = {
+        // More than the decoder's bit buffer takes in ahead of the marker.
+        {"stray bytes before the end", sound.left(end) + QByteArray(32, '\x12') + sound.mid(end), true, true},
+        {"stray bytes between two header segments", sound.left(20) + "\x12\x34" + sound.mid(20), true, true},
+        {"the last bytes missing", sound.chopped(12), true, true},
+        {"an unknown marker in the scan", sound.left(middle) + "\xFF\x37" + sound.mid(middle + 2), true,
+         false},
+        {"cut before its scan", sound.left(scan), false, false},
+        {"CMYK", {}, true, true}};
+    for (const auto& c : cases) {
+        const QString photo = c.bytes.isEmpty() ? inks : dir.filePath(u"flawed.jpg"_s);
+        if (!c.bytes.isEmpty())
+            writebytes(photo, c.bytes);
+        EXPECT_EQ(isvalid(photo), c.admitted) << c.what;
+        for (const bool lossless : {true, false}) {
+            SCOPED_TRACE(std::string(c.what) + (lossless ? " lossless" : " re-encoded"));
+            QFile::remove(target);
+            const auto rotated = lossless ? losslessrotate(photo, cw, target, OddSizes::Trim)
+                                          : normalrotatenew(photo, cw, target, 95);
+            ASSERT_EQ(rotated.ok(), c.turns) << qPrintable(rotated.reason());
+            // The report names the flaw that was read past.
+            EXPECT_TRUE(!c.turns || rotated->notes.size() == (c.bytes.isEmpty() ? 0 : 1));
+            if (!c.turns) {
+                EXPECT_FALSE(rotated.reason().isEmpty());
+                EXPECT_FALSE(QFile::exists(target));
+            } else if (c.bytes.isEmpty()) {
+                // Its inks as they were, turned; its Adobe marker says how they are coded.
+                EXPECT_LE(meandifference(decodeinks(target), turned(decodeinks(inks), cw)), meantolerance);
+                const QStringList tags{u"-Adobe:ColorTransform"_s, u"-File:ColorComponents"_s, u"-n"_s};
+                EXPECT_EQ(exiftool(tags + QStringList{target}), exiftool(tags + QStringList{inks}));
+            } else {
+                EXPECT_EQ(decodejpeg(target).height, 64); // it reads without a flaw: decodejpeg refuses one
+            }
+        }
+    }
 }
 
 TEST(TurnedPicture, MovesEveryPixelExactlyInStripsOfAnyHeight) {
@@ -501,7 +601,8 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     writetaggedphoto(dir.filePath(u"tagged.jpg"_s), 48, 32, 6, 300);
     writepattern(dir.filePath(u"jpeg.HEIC"_s), 256, 256); // JPEG data that a file dialog let in
     QByteArray garbled = readbytes(dir.filePath(u"jpeg.HEIC"_s));
-    writebytes(dir.filePath(u"truncated.jpg"_s), garbled.left(900));
+    writebytes(dir.filePath(u"truncated.jpg"_s),
+               garbled.left(garbled.indexOf("\xFF\xDA"))); // cut before its scan
     writebytes(dir.filePath(u"garbled.jpg"_s),
                garbled.replace(garbled.size() / 2, 64, QByteArray(64, '\xFF')));
 

@@ -75,12 +75,22 @@ void writegrey(const QString& path, const Pixels& pixels) {
     encode(path, grey.data(), pixels.width, pixels.height, TJPF_GRAY, TJSAMP_GRAY | 95 << 8);
 }
 
-void writecmyk(const QString& path, int width, int height) {
-    encode(path, std::vector<unsigned char>(size_t(width) * height * 4, 90).data(), width, height, TJPF_CMYK,
-           TJSAMP_444 | 95 << 8);
+void writecmyk(const QString& path, const Pixels& pixels) {
+    std::vector<unsigned char> inks(size_t(pixels.width) * pixels.height * 4, 60); // black 60 throughout
+    for (size_t i = 0; i < inks.size() / 4; ++i)
+        std::copy_n(&pixels.rgb[i * 3], 3, &inks[i * 4]);
+    encode(path, inks.data(), pixels.width, pixels.height, TJPF_CMYK, TJSAMP_444 | 95 << 8);
 }
 
-Pixels decodejpeg(const QString& path) {
+Pixels decodeinks(const QString& path) {
+    const Pixels inks = decodejpeg(path, 4);
+    Pixels p{inks.width, inks.height, std::vector<unsigned char>(inks.rgb.size() / 4 * 3)};
+    for (size_t i = 0; i < p.rgb.size() / 3; ++i)
+        std::copy_n(&inks.rgb[i * 4], 3, &p.rgb[i * 3]);
+    return p;
+}
+
+Pixels decodejpeg(const QString& path, int channels) {
     const QByteArray data = readbytes(path);
     const TjHandle tj(tjInitDecompress());
     const auto* bytes = reinterpret_cast<const unsigned char*>(data.constData());
@@ -88,9 +98,9 @@ Pixels decodejpeg(const QString& path) {
     if (tjDecompressHeader3(tj.get(), bytes, (unsigned long)data.size(), &width, &height, &subsamp,
                             &colorspace))
         fail(QStringLiteral("not a JPEG: %1").arg(path));
-    Pixels p{width, height, std::vector<unsigned char>(size_t(width) * height * 3)};
-    if (tjDecompress2(tj.get(), bytes, (unsigned long)data.size(), p.rgb.data(), width, 0, height, TJPF_RGB,
-                      TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING) != 0)
+    Pixels p{width, height, std::vector<unsigned char>(size_t(width) * height * channels)};
+    if (tjDecompress2(tj.get(), bytes, (unsigned long)data.size(), p.rgb.data(), width, 0, height,
+                      channels == 4 ? TJPF_CMYK : TJPF_RGB, TJFLAG_ACCURATEDCT | TJFLAG_STOPONWARNING) != 0)
         fail(QStringLiteral("decode failed: %1").arg(path));
     return p;
 }

@@ -25,7 +25,7 @@ enum class Sampling { S444, S420 };
 void writejpeg(const QString& path, const Pixels& pixels, int quality = 95,
                Sampling sampling = Sampling::S444);
 void writepattern(const QString& path, int width, int height, Sampling sampling = Sampling::S444);
-Pixels decodejpeg(const QString& path); // throws for a damaged one
+Pixels decodejpeg(const QString& path, int channels = 3); // throws for a flawed one; 4: CMYK
 // The exact pixel result of an action.
 Pixels turned(const Pixels& pixels, Action action);
 // Decoding a losslessly turned JPEG differs from turning the decoded pixels only by rounding:

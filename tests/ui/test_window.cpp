@@ -7,6 +7,7 @@
 #include "windowtest.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QMenuBar>
 #include <QProcess>
@@ -32,7 +33,9 @@ class Window : public WindowTest {
         for (QWidget* control : std::initializer_list<QWidget*>{
                  slider(), qualityfield(), checkbox("normalprocessall"), child("lbljpegquality")})
             shown += control->isEnabled() ? '1' : '0';
-        return shown;
+        // The odd sizes policy, free only for lossless turns.
+        const auto* oddsizes = child<QComboBox>("oddsizes");
+        return shown + ' ' + oddsizes->currentText() + (oddsizes->isEnabled() ? '1' : '0');
     }
     static constexpr const char* boxes[] = {"useexiforientation", "onlyloadwhenneeded", "uselosslessrotation",
                                             "normalprocessall", "preserveDATES"};
@@ -54,14 +57,17 @@ TEST_F(Window, OpensAsDesignedWithTheOptionsOfAFirstLaunch) {
     }
     EXPECT_EQ(buttons.join('|'), "loadfiles:Load Files|loadfolders:Load Folders|start:Start|loadstart:Load + "
                                  "Start|clearlist:Clear List");
-    QStringList captions{child("lbljpegquality")->text()};
+    QStringList captions{child("lbljpegquality")->text(), child("lbloddsizes")->text()};
+    for (int i = 0; i < child<QComboBox>("oddsizes")->count(); ++i)
+        captions << child<QComboBox>("oddsizes")->itemText(i);
     for (const char* name : boxes)
         captions << checkbox(name)->text();
     EXPECT_EQ(captions,
-              QStringList({"JPEG Quality %", "Use EXIF (Camera Settings) Orientation",
+              QStringList({"JPEG Quality %", "Odd Sizes", "Trim", "Re-encode", "Keep",
+                           "Use EXIF (Camera Settings) Orientation",
                            "Only Load Photos That Needs to be Rotated", "Use Lossless Rotation",
                            "Process All Photos on the List (Normal Rotation)", "Preserve File Dates"}));
-    EXPECT_EQ(options(), "10100 75 75 0000");
+    EXPECT_EQ(options(), "10100 75 75 0000 Trim1");
 }
 
 TEST_F(Window, LayoutHoldsAtEverySize) {
@@ -89,11 +95,12 @@ TEST_F(Window, LayoutHoldsAtEverySize) {
 }
 
 TEST_F(Window, ClosingAsksAfterStoringTheOptionsWhichTheNextLaunchShows) {
+    child<QComboBox>("oddsizes")->setCurrentText("Keep");
     for (const char* name : boxes) // each away from its default
         tick(name);
     qualityfield()->setText("64");
     dialogs.during = [] {
-        EXPECT_EQ(loadsettings(), Settings({true, true, true, false, false, "64"}));
+        EXPECT_EQ(loadsettings(), Settings({true, true, true, false, false, "64", OddSizes::Keep}));
     };
     dialogs.answers = {false, true};
     EXPECT_FALSE(window->close());
@@ -105,19 +112,19 @@ TEST_F(Window, ClosingAsksAfterStoringTheOptionsWhichTheNextLaunchShows) {
     EXPECT_FALSE(window->isVisible());
     // The label, built greyed, follows the lossless box only once that changes.
     openwindow();
-    EXPECT_EQ(options(), "01011 64 64 1110");
+    EXPECT_EQ(options(), "01011 64 64 1110 Keep0");
 }
 
 TEST_F(Window, LosslessGreysTheQualityControlsWhichKeepTheirValuesAndFollowEachOther) {
     tick("uselosslessrotation");
-    EXPECT_EQ(options(), "10000 75 75 1111");
+    EXPECT_EQ(options(), "10000 75 75 1111 Trim0");
     tick("normalprocessall");
     slider()->setFocus();
     slider()->setValue(42);
     EXPECT_EQ(qualityfield()->text(), "42");
     QTest::keyClick(slider(), Qt::Key_PageUp);
     tick("uselosslessrotation");
-    EXPECT_EQ(options(), "10110 62 62 0000");
+    EXPECT_EQ(options(), "10110 62 62 0000 Trim1");
 
     // The field moves the slider while it holds a number inside the range, and is held to the
     // range on leaving.
