@@ -1,5 +1,6 @@
-// pivotel-windowshot: opens the window with a few photos loaded and saves a picture of it, so
-// that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
+// pivotel-windowshot: opens the window with a few photos loaded and a row's action pop-up open,
+// and saves a picture of the screen under it, so that its layout can be looked at
+// (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
 #include "app/settingsstore.h"
@@ -16,6 +17,9 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QImage>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScreen>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -35,6 +39,20 @@ class SampleDialogs : public Dialogs {
     QString choosefolder(QWidget*, const QString&, const QString&) override { return folder_; }
     bool ask(QWidget*, const Question&) override { return true; }
     void tell(QWidget*, const QString&) override {}
+    // A real menu, open long enough for `whileopen`, then dismissed.
+    std::optional<int> popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) override {
+        QMenu menu(parent);
+        for (const QString& item : items)
+            menu.addAction(item)->setEnabled(enabled);
+        QTimer::singleShot(400, &menu, [this, &menu] {
+            if (whileopen)
+                whileopen();
+            menu.close();
+        });
+        menu.exec(at);
+        return std::nullopt;
+    }
+    std::function<void()> whileopen;
 
   private:
     QString folder_;
@@ -112,12 +130,21 @@ int main(int argc, char* argv[]) {
     pause(300);
     window.toolbar()->item(QStringLiteral("loadfolders"))->trigger();
     pause(500);
-    // A selected row, so that the preview shows too.
-    if (auto* list = window.findChild<QTableView*>(QStringLiteral("Listbox1")))
-        list->selectRow(1);
-    pause(300);
-
-    if (!window.grab().save(arguments[1])) {
+    // A selected row, so that the preview shows too, and its pop-up opened from the keyboard.
+    auto* list = window.findChild<QTableView*>(QStringLiteral("Listbox1"));
+    list->setFocus();
+    list->selectRow(1);
+    pause(1000);
+    bool saved = false;
+    dialogs.whileopen = [&] {
+        const QRect area = window.frameGeometry();
+        saved = window.screen()
+                    ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+                    .save(arguments[1]);
+    };
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "));
+    QApplication::sendEvent(list, &space);
+    if (!saved) {
         std::fprintf(stderr, "pivotel-windowshot: can't write %s\n", qPrintable(arguments[1]));
         return 1;
     }

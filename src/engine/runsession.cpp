@@ -87,6 +87,8 @@ void RunSession::processall() {
 PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
     if (!QFileInfo::exists(photo.path))
         return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
+    if (photo.unreadable)
+        return {index, photo, PhotoOutcome::Failed, QStringLiteral("its EXIF orientation can't be read"), {}};
     QStringList notes;
     const Status turned = turnphoto(photo, tool, notes);
     if (!turned)
