@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QBuffer>
+#include <QColor>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
@@ -64,12 +65,15 @@ void pause(int ms) {
     loop.exec();
 }
 
-// A gradient photo, with an EXIF orientation when one is given (0: no EXIF at all).
-void writephoto(const QString& path, int width, int height, int orientation) {
-    QImage image(width, height, QImage::Format_RGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, qRgb(x * 255 / width, y * 255 / height, 128));
+// A photo of a few coloured bands, with an EXIF orientation when one is given (0: no EXIF at all).
+void writephoto(const QString& path, QSize size, int hue, int orientation) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y,
+                           QColor::fromHsv((hue + 40 * (y * 4 / size.height())) % 360,
+                                           120 + x * 120 / size.width(), 230 - y * 100 / size.height())
+                               .rgb());
     QByteArray jpeg;
     QBuffer buffer(&jpeg);
     buffer.open(QIODevice::WriteOnly);
@@ -91,16 +95,21 @@ void writesamples(const QString& folder) {
     struct Sample {
         const char* name;
         int orientation;
+        QSize size;
     };
     const Sample samples[] = {
-        {"IMG_0001.jpg", 6},         {"IMG_0002.jpg", 1},
-        {"IMG_0003.JPG", 3},         {"Holiday/Beach at dusk with a rather long file name.jpeg", 8},
-        {"Holiday/IMG_0105.jpg", 6}, {"Holiday/IMG_0106.jpg", 0},
+        {"IMG_0001.jpg", 6, {480, 640}},
+        {"IMG_0002.jpg", 1, {640, 480}},
+        {"IMG_0003.JPG", 3, {640, 427}},
+        {"Holiday/Beach at dusk with a rather long file name.jpeg", 8, {427, 640}},
+        {"Holiday/IMG_0105.jpg", 6, {640, 360}},
+        {"Holiday/IMG_0106.jpg", 0, {500, 500}},
     };
+    int hue = 0;
     for (const Sample& sample : samples) {
         const QString path = folder + QLatin1Char('/') + QLatin1String(sample.name);
         QDir().mkpath(QFileInfo(path).absolutePath());
-        writephoto(path, 160, 120, sample.orientation);
+        writephoto(path, sample.size, hue += 55, sample.orientation);
     }
 }
 

@@ -11,7 +11,7 @@ namespace {
 // What an entry costs besides its pixels: its path, its stamp, the cache's bookkeeping.
 constexpr qint64 entryoverhead = 256;
 // What a thumbnail of a 3:2 photo takes, for those under way.
-constexpr qint64 typicalcost = 160 * 107 * 3 + entryoverhead;
+constexpr qint64 typicalcost = qint64{160} * 107 * 3 + entryoverhead;
 
 } // namespace
 

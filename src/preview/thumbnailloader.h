@@ -22,7 +22,7 @@ class ThumbnailLoader : public QObject {
     Q_OBJECT
   public:
     // 80 MB holds the thumbnails of about 1,500 photos of 3:2.
-    explicit ThumbnailLoader(qint64 cachebytes = 80 * 1024 * 1024, QObject* parent = nullptr);
+    explicit ThumbnailLoader(qint64 cachebytes = qint64{80} * 1024 * 1024, QObject* parent = nullptr);
     // Waits for the decodes under way (one per thread); what is queued is dropped.
     ~ThumbnailLoader() override;
 
