@@ -238,6 +238,9 @@ void MainModule::prepwork() {
     processthread_ =
         std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
     connect(processthread_.get(), &RunSession::photostarted, this, &MainModule::photostarted);
+    // A turned photo's thumbnail is made again as soon as its row is painted.
+    connect(processthread_.get(), &RunSession::photofinished, ui_.list->viewport(),
+            qOverload<>(&QWidget::update));
     connect(processthread_.get(), &RunSession::finished, this, [this] {
         state_.isrunning = false;
         state_.boliao = true;
@@ -271,8 +274,6 @@ void MainModule::endrun() {
     ui_.rowcounter->setText(QStringLiteral("All Done"));
     // Every row, also those added during the run, so that a second Start finds nothing to do.
     list_->setallactions(Action::AsIs);
-    // Turned photos are new files: their thumbnails are made again.
-    ui_.list->viewport()->update();
     state_.boliao = false;
     list_->resetfilelist();
     // Between runs the relay has nothing to do.

@@ -44,16 +44,22 @@ void PhotoListView::listchanged() {
 }
 
 QImage PhotoListView::thumbnail(const QString& path) {
-    const ThumbnailLoader::Lookup found = loader_.lookup(path);
-    if (found.wanted)
-        misses_ << path;
-    return found.picture;
+    return loader_.lookup(path).picture;
 }
 
 void PhotoListView::paintEvent(QPaintEvent* event) {
-    misses_.clear();
     QTableView::paintEvent(event);
-    loader_.want(misses_);
+    // Every row in view, also when only a part of it was painted: a wish left out would wait.
+    const int first = rowAt(0);
+    const int below = rowAt(viewport()->height() - 1);
+    const int last = below < 0 ? model()->rowCount() - 1 : below;
+    QStringList wanted;
+    for (int row = first; row >= 0 && row <= last; ++row) {
+        const QString path = model()->index(row, PhotoListModel::PathColumn).data().toString();
+        if (loader_.lookup(path).wanted)
+            wanted << path;
+    }
+    loader_.want(wanted);
 }
 
 void PhotoListView::mousePressEvent(QMouseEvent* event) {

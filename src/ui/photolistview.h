@@ -42,7 +42,6 @@ class PhotoListView : public QTableView {
     void listchanged();
 
     ThumbnailLoader loader_;
-    QStringList misses_; // the rows in view without an up-to-date thumbnail, found by this paint
     bool prefetchdue_ = false;
 };
 
