@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Takes a picture of the window with a few sample photos loaded, under a virtual X display, so
-# that its layout can be checked by eye: scripts/screenshot.sh [OUTPUT.png] [WIDTH HEIGHT]
+# Takes a picture of the window with a few sample photos loaded and a row's action pop-up open,
+# under a virtual X display, so that its layout can be checked by eye:
+# scripts/screenshot.sh [OUTPUT.png] [WIDTH HEIGHT]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 output="$(realpath -m "${1:-build/window.png}")"

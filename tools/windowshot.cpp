@@ -1,5 +1,6 @@
-// pivotel-windowshot: opens the window with a few photos loaded and saves a picture of it, so
-// that its layout can be looked at (scripts/screenshot.sh runs it under a virtual display).
+// pivotel-windowshot: opens the window with a few photos loaded and a row's action pop-up open,
+// and saves a picture of the screen under it, so that its layout can be looked at
+// (scripts/screenshot.sh runs it under a virtual display).
 // Its settings and data go to a temporary folder; the user's own are never touched.
 
 #include "app/settingsstore.h"
@@ -12,10 +13,14 @@
 #include <QAction>
 #include <QApplication>
 #include <QBuffer>
+#include <QColor>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QImage>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScreen>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -35,6 +40,20 @@ class SampleDialogs : public Dialogs {
     QString choosefolder(QWidget*, const QString&, const QString&) override { return folder_; }
     bool ask(QWidget*, const Question&) override { return true; }
     void tell(QWidget*, const QString&) override {}
+    // A real menu, open long enough for `whileopen`, then dismissed.
+    std::optional<int> popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) override {
+        QMenu menu(parent);
+        for (const QString& item : items)
+            menu.addAction(item)->setEnabled(enabled);
+        QTimer::singleShot(400, &menu, [this, &menu] {
+            if (whileopen)
+                whileopen();
+            menu.close();
+        });
+        menu.exec(at);
+        return std::nullopt;
+    }
+    std::function<void()> whileopen;
 
   private:
     QString folder_;
@@ -46,12 +65,15 @@ void pause(int ms) {
     loop.exec();
 }
 
-// A gradient photo, with an EXIF orientation when one is given (0: no EXIF at all).
-void writephoto(const QString& path, int width, int height, int orientation) {
-    QImage image(width, height, QImage::Format_RGB32);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, qRgb(x * 255 / width, y * 255 / height, 128));
+// A photo of a few coloured bands, with an EXIF orientation when one is given (0: no EXIF at all).
+void writephoto(const QString& path, QSize size, int hue, int orientation) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y,
+                           QColor::fromHsv((hue + 40 * (y * 4 / size.height())) % 360,
+                                           120 + x * 120 / size.width(), 230 - y * 100 / size.height())
+                               .rgb());
     QByteArray jpeg;
     QBuffer buffer(&jpeg);
     buffer.open(QIODevice::WriteOnly);
@@ -73,16 +95,21 @@ void writesamples(const QString& folder) {
     struct Sample {
         const char* name;
         int orientation;
+        QSize size;
     };
     const Sample samples[] = {
-        {"IMG_0001.jpg", 6},         {"IMG_0002.jpg", 1},
-        {"IMG_0003.JPG", 3},         {"Holiday/Beach at dusk with a rather long file name.jpeg", 8},
-        {"Holiday/IMG_0105.jpg", 6}, {"Holiday/IMG_0106.jpg", 0},
+        {"IMG_0001.jpg", 6, {480, 640}},
+        {"IMG_0002.jpg", 1, {640, 480}},
+        {"IMG_0003.JPG", 3, {640, 427}},
+        {"Holiday/Beach at dusk with a rather long file name.jpeg", 8, {427, 640}},
+        {"Holiday/IMG_0105.jpg", 6, {640, 360}},
+        {"Holiday/IMG_0106.jpg", 0, {500, 500}},
     };
+    int hue = 0;
     for (const Sample& sample : samples) {
         const QString path = folder + QLatin1Char('/') + QLatin1String(sample.name);
         QDir().mkpath(QFileInfo(path).absolutePath());
-        writephoto(path, 160, 120, sample.orientation);
+        writephoto(path, sample.size, hue += 55, sample.orientation);
     }
 }
 
@@ -112,12 +139,21 @@ int main(int argc, char* argv[]) {
     pause(300);
     window.toolbar()->item(QStringLiteral("loadfolders"))->trigger();
     pause(500);
-    // A selected row, so that the preview shows too.
-    if (auto* list = window.findChild<QTableView*>(QStringLiteral("Listbox1")))
-        list->selectRow(1);
-    pause(300);
-
-    if (!window.grab().save(arguments[1])) {
+    // A selected row, so that the preview shows too, and its pop-up opened from the keyboard.
+    auto* list = window.findChild<QTableView*>(QStringLiteral("Listbox1"));
+    list->setFocus();
+    list->selectRow(1);
+    pause(1000);
+    bool saved = false;
+    dialogs.whileopen = [&] {
+        const QRect area = window.frameGeometry();
+        saved = window.screen()
+                    ->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+                    .save(arguments[1]);
+    };
+    QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "));
+    QApplication::sendEvent(list, &space);
+    if (!saved) {
         std::fprintf(stderr, "pivotel-windowshot: can't write %s\n", qPrintable(arguments[1]));
         return 1;
     }

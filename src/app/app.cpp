@@ -9,10 +9,11 @@
 #include "ui/menus.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 namespace pivotel {
 
-App::App(Dialogs& dialogs, Desktop& desktop) {
+App::App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths) {
     QCoreApplication::setApplicationName(justappname());
     QCoreApplication::setApplicationVersion(versiontext());
     QApplication::setWindowIcon(appicon());
@@ -24,6 +25,10 @@ App::App(Dialogs& dialogs, Desktop& desktop) {
     mainmodule_ = std::make_unique<MainModule>(dialogs, settings_);
     auto* menus = new Menus(*mainmodule_, dialogs, desktop);
     mainmodule_->show();
+    QStringList absolute;
+    for (const QString& path : paths)
+        absolute << QFileInfo(path).absoluteFilePath();
+    mainmodule_->takepaths(absolute);
     menus->checkforupdates(false);
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/settingsstore.h"
 
+#include <QStringList>
 #include <memory>
 
 namespace pivotel {
@@ -12,10 +13,11 @@ class MainModule;
 
 // The program's frame, made once a QApplication exists: the application's identity, the data
 // folder, then the main window with its menus, opened and shown, then the silent update check.
-// Closing the main window ends the program.
+// Closing the main window ends the program. Paths given to the program (`pivotel PATH...`, or a
+// desktop's "Open With") go onto the list as a drop of them would.
 class App {
   public:
-    App(Dialogs& dialogs, Desktop& desktop);
+    App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths = {});
     ~App();
 
     MainModule& mainmodule() { return *mainmodule_; }

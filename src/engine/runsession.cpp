@@ -113,6 +113,8 @@ std::vector<qint64> RunSession::firstrows() const {
 PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
     if (!QFileInfo::exists(photo.path))
         return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
+    if (photo.unreadable)
+        return {index, photo, PhotoOutcome::Failed, QStringLiteral("its EXIF orientation can't be read"), {}};
     // Held until the photo's turn is over, whatever its outcome.
     const auto lock = PhotoLock::take(photo.path);
     if (!lock)

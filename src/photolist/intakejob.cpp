@@ -55,20 +55,25 @@ AdmissionOptions IntakeJob::options() const {
 
 void IntakeJob::walk() {
     lastflushms_ = QDateTime::currentMSecsSinceEpoch();
+    ScanCallbacks callbacks;
+    callbacks.stop = [this] {
+        return cancelled_.load();
+    };
+    callbacks.file = [this](const QString& name, const QString& path) {
+        take(name, path);
+    };
     if (request_.folder.isEmpty()) {
+        const QStringList& set = request_.dropped ? extensions::drop() : extensions::loadfiles();
         for (const QString& path : request_.files) {
             if (cancelled_)
                 break;
-            const QString name = QFileInfo(path).fileName();
-            if (hasextension(name, extensions::loadfiles()))
-                take(name, path);
+            const QFileInfo item(path);
+            if (request_.dropped && item.isDir())
+                loadrecursive(path, true, callbacks);
+            else if (hasextension(item.fileName(), set))
+                take(item.fileName(), path);
         }
     } else {
-        ScanCallbacks callbacks;
-        callbacks.stop = [this] {
-            return cancelled_.load();
-        };
-        callbacks.file = [this](const QString& name, const QString& path) { take(name, path); };
         loadrecursive(request_.folder, request_.recursive, callbacks);
     }
     flush();

@@ -16,11 +16,13 @@ class QThread;
 namespace pivotel {
 
 // What an intake takes in: the files a dialog chose, in order, or a folder with or without its
-// sub folders.
+// sub folders, or the files and folders of a drop (or of the command line), in order, each folder
+// with all its sub folders.
 struct IntakeRequest {
     QStringList files;
     QString folder;
     bool recursive = false;
+    bool dropped = false; // `files` are a drop's items
 };
 
 // Takes photos in off the main thread: walks the folder (or the chosen files), judges each

@@ -1,5 +1,7 @@
 #include "photolist/photolistmodel.h"
 
+#include <algorithm>
+
 namespace pivotel {
 
 bool SelectionRule::takes(Action action) const {
@@ -28,7 +30,7 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const {
         case NameColumn:
             return r.name;
         case LabelColumn:
-            return labelof(r.action);
+            return r.unreadable ? QStringLiteral("Fail") : labelof(r.action);
         case PathColumn:
             return r.path;
         default:
@@ -78,6 +80,7 @@ void PhotoListModel::setaction(qint64 row, Action action) {
         return;
     rows_[static_cast<size_t>(row)].action = action;
     rows_[static_cast<size_t>(row)].fromexif = false;
+    rows_[static_cast<size_t>(row)].unreadable = false;
     const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
     emit dataChanged(cell, cell, {Qt::DisplayRole});
 }
@@ -88,9 +91,22 @@ void PhotoListModel::setallactions(Action action) {
     for (PhotoRow& r : rows_) {
         r.action = action;
         r.fromexif = false;
+        r.unreadable = false;
     }
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
                      {Qt::DisplayRole});
+}
+
+void PhotoListModel::setrechecked(const std::vector<std::optional<Action>>& results) {
+    const size_t n = std::min(results.size(), rows_.size());
+    if (n == 0)
+        return;
+    for (size_t i = 0; i < n; ++i) {
+        rows_[i].unreadable = !results[i].has_value();
+        rows_[i].action = results[i].value_or(rows_[i].action);
+        rows_[i].fromexif = results[i].has_value();
+    }
+    emit dataChanged(index(0, LabelColumn), index(static_cast<int>(n) - 1, LabelColumn), {Qt::DisplayRole});
 }
 
 void PhotoListModel::removerow(qint64 row) {
@@ -110,7 +126,7 @@ void PhotoListModel::clearlist() {
 qint64 PhotoListModel::counttodolist(const SelectionRule& rule) {
     qint64 n = 0;
     for (const PhotoRow& r : rows_) {
-        if (rule.takes(r.action))
+        if (rule.takes(r))
             ++n;
     }
     thelistcount_ = n;
@@ -121,7 +137,7 @@ void PhotoListModel::makelist(const SelectionRule& rule) {
     filelist_.clear();
     filelist_.reserve(static_cast<size_t>(thelistcount_));
     for (const PhotoRow& r : rows_) {
-        if (rule.takes(r.action))
+        if (rule.takes(r))
             filelist_.push_back(r);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <QAbstractTableModel>
 #include <QString>
+#include <optional>
 #include <vector>
 
 namespace pivotel {
@@ -16,6 +17,9 @@ struct PhotoRow {
     // The action was read from the photo's EXIF orientation: a run checks that it still holds
     // (another run may have turned the photo since), while a chosen action is carried out as chosen.
     bool fromexif = false;
+    // A recheck of the EXIF orientation could not read the file: the row shows "Fail", goes into
+    // the run and is reported there as not done, its file untouched.
+    bool unreadable = false;
 };
 
 // The run's packed snapshot of the rows it works on, in list order.
@@ -27,6 +31,7 @@ struct SelectionRule {
     bool normalprocessall = false;
     bool uselosslessrotation = true;
     [[nodiscard]] bool takes(Action action) const;
+    [[nodiscard]] bool takes(const PhotoRow& row) const { return row.unreadable || takes(row.action); }
 };
 
 // The photo list: the row store the window shows, owned by the main thread. The run never
@@ -53,6 +58,9 @@ class PhotoListModel : public QAbstractTableModel {
     void appendrows(const std::vector<PhotoRow>& rows);
     void setaction(qint64 row, Action action);
     void setallactions(Action action);
+    // The results of a recheck of the EXIF orientation of the first rows, one per row from row 0:
+    // an action, or none when the row's file could not be read.
+    void setrechecked(const std::vector<std::optional<Action>>& results);
     // Removes one row; `filelist` keeps what it holds.
     void removerow(qint64 row);
     // Removes every row; `filelist` and `thelistcount` keep what they hold.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QPoint>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 class QWidget;
 
@@ -32,6 +34,9 @@ class Dialogs {
     virtual bool ask(QWidget* parent, const Question& question) = 0;
     // A message with one button.
     virtual void tell(QWidget* parent, const QString& message) = 0;
+    // A pop-up menu of `items` at `at` (global coordinates), all enabled or all greyed: the index
+    // of the entry chosen, none when the menu is dismissed.
+    virtual std::optional<int> popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) = 0;
 };
 
 } // namespace pivotel

@@ -2,6 +2,7 @@
 
 #include "photolist/photolistmodel.h"
 #include "ui/optionspanel.h"
+#include "ui/photolistview.h"
 #include "ui/progresswheel.h"
 
 #include <QFrame>
@@ -12,7 +13,6 @@
 #include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QTableView>
 #include <QVBoxLayout>
 
 namespace pivotel {
@@ -41,8 +41,8 @@ QFont pixelfont(const QWidget* widget, int pixels, bool bold) {
     return font;
 }
 
-QTableView* makelist(QWidget* parent, QAbstractItemModel& model) {
-    auto* list = new QTableView(parent);
+PhotoListView* makelist(QWidget* parent, QAbstractItemModel& model) {
+    auto* list = new PhotoListView(parent);
     list->setObjectName(QStringLiteral("Listbox1"));
     list->setModel(&model);
     list->setFont(pixelfont(list, 14, false));

@@ -6,11 +6,11 @@ class QLabel;
 class QMainWindow;
 class QSplitter;
 class QTabWidget;
-class QTableView;
 
 namespace pivotel {
 
 class OptionsPanel;
+class PhotoListView;
 class ProgressWheel;
 
 // The controls of the main window and where they stand: the list's frame on the left, the
@@ -21,7 +21,7 @@ class ProgressWheel;
 struct MainLayout {
     QSplitter* splitter = nullptr;   // WindowSplitter1
     QFrame* listframe = nullptr;     // RoundRectangleMBS1
-    QTableView* list = nullptr;      // Listbox1
+    PhotoListView* list = nullptr;   // Listbox1
     QLabel* rowcounter = nullptr;    // the count and status line
     ProgressWheel* wheel = nullptr;  // ProgressWheel1
     QFrame* previewframe = nullptr;  // RoundRectangleMBS2

@@ -7,6 +7,7 @@
 #include "ui/dialogs.h"
 #include "ui/maintoolbar.h"
 #include "ui/optionspanel.h"
+#include "ui/photolistview.h"
 #include "ui/progresswheel.h"
 #include "ui/runreport.h"
 
@@ -31,6 +32,10 @@ MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* paren
     connect(ui_.list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { Listbox1_SelectionChanged(); });
     ui_.list->viewport()->installEventFilter(this);
+    connect(ui_.list, &PhotoListView::actionpopup, this, &MainModule::Listbox1_popup);
+    connect(ui_.list, &PhotoListView::contextmenu, this, &MainModule::Listbox1_ConstructContextualMenu);
+    connect(ui_.list, &PhotoListView::removerequested, this, &MainModule::removeselectedrow);
+    connect(ui_.list, &PhotoListView::dropped, this, &MainModule::takepaths);
     // The viewer changes size with the window and with the splitter.
     ui_.imagepreview->installEventFilter(this);
     updatetimer_.setObjectName(QStringLiteral("updatetimer"));
@@ -125,7 +130,7 @@ void MainModule::loadfolders() {
 
 void MainModule::removeselectedrow() {
     const QModelIndexList selected = ui_.list->selectionModel()->selectedRows();
-    if (state_.isrunning || takingphotos() || selected.isEmpty())
+    if (state_.isrunning || takingphotos() || recheck_ || selected.isEmpty())
         return;
     const qint64 row = selected.first().row();
     list_->removerow(row);
@@ -135,7 +140,53 @@ void MainModule::removeselectedrow() {
     } else if (nowrow_ > row) {
         --nowrow_;
     }
+    // The next row takes the place, so that rows can be taken off one after another.
+    if (list_->count() > 0)
+        ui_.list->selectRow(static_cast<int>(std::min(row, list_->count() - 1)));
     updatecounter();
+}
+
+void MainModule::takepaths(const QStringList& paths) {
+    if (!closing_)
+        intake_.drop(paths);
+}
+
+void MainModule::Listbox1_popup(int row, QPoint at) {
+    if (state_.isloading || takingphotos() || !list_->hasrow(row))
+        return;
+    ui_.list->selectRow(row);
+    const std::optional<int> chosen = dialogs_.popup(ui_.list, actionlabels(), at, true);
+    if (chosen && list_->hasrow(row))
+        list_->setaction(row, allactions.at(static_cast<size_t>(*chosen)));
+}
+
+void MainModule::Listbox1_ConstructContextualMenu(QPoint at) {
+    QStringList entries;
+    for (const QString& label : actionlabels())
+        entries << QStringLiteral("Set All to ") + label;
+    entries << QStringLiteral("Set All to EXIF Orientation Check");
+    const std::optional<int> chosen = dialogs_.popup(ui_.list, entries, at, list_->count() > 0);
+    if (!chosen)
+        return;
+    if (*chosen < static_cast<int>(allactions.size()))
+        list_->setallactions(allactions.at(static_cast<size_t>(*chosen)));
+    else
+        recheckall();
+}
+
+void MainModule::recheckall() {
+    QStringList paths;
+    for (qint64 r = 0; r < list_->count(); ++r)
+        paths << list_->row(r).path;
+    ui_.wheel->show();
+    recheck_ = std::make_unique<RecheckJob>(paths);
+    connect(recheck_.get(), &RecheckJob::finished, this, [this] {
+        // Rows can't be taken off during the check; rows added since keep theirs.
+        list_->setrechecked(recheck_->results());
+        recheck_.reset();
+        ui_.wheel->setVisible(takingphotos() || state_.isrunning);
+    });
+    recheck_->start();
 }
 
 void MainModule::loadstart() {
@@ -157,6 +208,8 @@ void MainModule::startorrefuse() {
 
 void MainModule::clearlist() {
     intake_.abandon();
+    if (std::exchange(recheck_, nullptr))
+        ui_.wheel->hide();
     list_->clearlist();
     nowrow_ = -1;
     preview_.clear();
@@ -185,6 +238,9 @@ void MainModule::prepwork() {
     processthread_ =
         std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
     connect(processthread_.get(), &RunSession::photostarted, this, &MainModule::photostarted);
+    // A turned photo's thumbnail is made again as soon as its row is painted.
+    connect(processthread_.get(), &RunSession::photofinished, ui_.list->viewport(),
+            qOverload<>(&QWidget::update));
     connect(processthread_.get(), &RunSession::finished, this, [this] {
         state_.isrunning = false;
         state_.boliao = true;

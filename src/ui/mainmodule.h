@@ -3,6 +3,7 @@
 #include "engine/runsession.h"
 #include "photolist/liststate.h"
 #include "photolist/photolistmodel.h"
+#include "photolist/recheckjob.h"
 #include "ui/mainlayout.h"
 #include "ui/photointake.h"
 #include "ui/photopreview.h"
@@ -33,7 +34,7 @@ class MainModule : public QMainWindow {
     const ListState& state() const { return state_; }
     MainToolbar* toolbar() const { return toolbar_; }
     // No intake and no preview decode is under way.
-    [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy(); }
+    [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy() && !recheck_; }
 
     // Writes the number of rows into the count line: "0 Photos", "1 Photo", "n Photos".
     void updatecounter();
@@ -46,8 +47,12 @@ class MainModule : public QMainWindow {
     void loadfolders();
     // Photos are being taken onto the list.
     bool takingphotos() const { return intake_.busy(); }
-    // Takes the selected row off the list; its file stays where it is. Not during a run.
+    // Takes the selected row off the list; its file stays where it is. Not during a run, an
+    // intake or an orientation check.
     void removeselectedrow();
+    // Files and folders dropped on the list or named on the command line: appended, each folder
+    // with all its sub folders. Also during a run, whose photos they don't join.
+    void takepaths(const QStringList& paths);
 
     // No menu to hide the toolbar: it is always there.
     QMenu* createPopupMenu() override;
@@ -81,6 +86,13 @@ class MainModule : public QMainWindow {
     // A press makes the row the one a tick previews and lets a missing file be reported; it
     // comes before the selection that the press makes.
     void Listbox1_CellPressed(qint64 row);
+    // The action pop-up of a row: the chosen action becomes the row's; a dismissal changes
+    // nothing. Not while photos are being taken in.
+    void Listbox1_popup(int row, QPoint at);
+    // The six "Set All to ..." entries, greyed on an empty list.
+    void Listbox1_ConstructContextualMenu(QPoint at);
+    // Every row's action read again from its photo's EXIF orientation, off the main thread.
+    void recheckall();
     // Validates and freezes the options, stores them, makes the work list and starts the run.
     void prepwork();
     // Start: a run over the list, or "There is Nothing to Process" for an empty one.
@@ -107,6 +119,7 @@ class MainModule : public QMainWindow {
     bool telling_ = false; // the message about a missing photo stands open
     QTimer updatetimer_;
     std::unique_ptr<RunSession> processthread_;
+    std::unique_ptr<RecheckJob> recheck_;
     bool closing_ = false;
 };
 

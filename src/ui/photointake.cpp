@@ -69,6 +69,16 @@ void PhotoIntake::loadfolders(std::function<void()> then) {
     startjob({{}, folder, recursive}, std::move(then));
 }
 
+void PhotoIntake::drop(const QStringList& paths) {
+    if (paths.isEmpty())
+        return;
+    if (busy()) {
+        drops_.push_back(paths);
+        return;
+    }
+    startjob({paths, QString(), false, true}, {});
+}
+
 void PhotoIntake::startjob(IntakeRequest request, std::function<void()> then) {
     then_ = std::move(then);
     state_.isloading = true;
@@ -100,9 +110,15 @@ void PhotoIntake::endjob(bool cancelled) {
     const std::function<void()> then = std::exchange(then_, {});
     if (!cancelled && then)
         then();
+    if (!drops_.empty() && !busy()) {
+        const QStringList next = drops_.front();
+        drops_.erase(drops_.begin());
+        drop(next);
+    }
 }
 
 void PhotoIntake::abandon() {
+    drops_.clear();
     if (!job_)
         return;
     job_->cancel();

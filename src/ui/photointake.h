@@ -7,6 +7,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <vector>
 
 class QWidget;
 
@@ -39,6 +40,10 @@ class PhotoIntake : public QObject {
     // `then` runs once the scan has ended without being cancelled, or at once when the folder
     // dialog is dismissed.
     void loadfolders(std::function<void()> then = {});
+    // Files and folders dropped on the list or named on the command line, taken in order: each
+    // folder with all its sub folders, without a question. Also during a run; a drop that comes
+    // while another intake is under way waits for it.
+    void drop(const QStringList& paths);
 
     // A dialog of the intake stands open or its job is under way.
     [[nodiscard]] bool busy() const { return asking_ || job_ != nullptr; }
@@ -63,6 +68,7 @@ class PhotoIntake : public QObject {
     std::unique_ptr<IntakeJob> job_;
     quint64 serial_ = 0; // the number of the latest job
     std::function<void()> then_;
+    std::vector<QStringList> drops_; // drops waiting for the intake under way
 };
 
 } // namespace pivotel

@@ -1,6 +1,7 @@
 #include "ui/qtdialogs.h"
 
 #include <QFileDialog>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -54,6 +55,16 @@ void QtDialogs::tell(QWidget* parent, const QString& message) {
     box.setText(message);
     box.setStandardButtons(QMessageBox::Ok);
     box.exec();
+}
+
+std::optional<int> QtDialogs::popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) {
+    QMenu menu(parent);
+    for (const QString& item : items)
+        menu.addAction(item)->setEnabled(enabled);
+    const QAction* chosen = menu.exec(at);
+    if (!chosen)
+        return std::nullopt;
+    return static_cast<int>(menu.actions().indexOf(chosen));
 }
 
 } // namespace pivotel

@@ -12,6 +12,7 @@ class QtDialogs : public Dialogs {
     QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) override;
     bool ask(QWidget* parent, const Question& question) override;
     void tell(QWidget* parent, const QString& message) override;
+    std::optional<int> popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) override;
 };
 
 } // namespace pivotel

@@ -2,7 +2,11 @@
 #include "preview/loadpicturefast.h"
 #include "preview/previewfit.h"
 #include "preview/previewpicture.h"
+#include "preview/thumbnail.h"
+#include "preview/thumbnailloader.h"
 
+#include <QSignalSpy>
+#include <QTest>
 #include <algorithm>
 
 using namespace pivotel;
@@ -88,4 +92,50 @@ TEST_F(PreviewPicture, FineDetailIsAveragedNotPicked) {
             return std::abs(v - 127) <= 50;
         })) << testing::PrintToString(size);
     }
+}
+
+TEST_F(PreviewPicture, AThumbnailIs160OnItsLongerSideAndNothingForWhatIsNoJpegPhoto) {
+    const struct {
+        QSize picture, thumbnail;
+    } sizes[] = {{{6000, 4000}, {160, 106}}, {{4000, 6000}, {106, 160}}, {{500, 500}, {160, 160}},
+                 {{40, 20}, {160, 80}},      {{2000, 3}, {160, 1}},      {{0, 10}, {}}};
+    for (const auto& c : sizes)
+        EXPECT_EQ(thumbnailsize(c.picture), c.thumbnail) << testing::PrintToString(c.picture);
+    writepattern(file("p.jpg"), 640, 480);
+    QFile::copy(file("p.jpg"), file("p.jpe"));
+    writebytes(file("t.jpg"), "not a photo");
+    // 4/3 in single precision is a little more than 4/3: 160 over it truncates to 119.
+    EXPECT_EQ(loadpicturefastfast(file("p.jpg")).size(), QSize(160, 119));
+    for (const char* name : {"p.jpe", "t.jpg", "gone.jpg"})
+        EXPECT_TRUE(loadpicturefastfast(file(name)).isNull()) << name;
+}
+
+TEST_F(PreviewPicture, ThumbnailsStayWithinTheirCacheAndAChangedPhotoIsMadeAgain) {
+    // Room for about two thumbnails of 160x120 in three quarters of the cache: the rest waits.
+    constexpr qint64 budget = 160 * 120 * 3 * 3;
+    ThumbnailLoader loader(budget);
+    QStringList paths;
+    for (int i = 0; i < 6; ++i) {
+        paths << file(qPrintable(QStringLiteral("p%1.jpg").arg(i)));
+        writepattern(paths.last(), 64, 48);
+    }
+    const auto settled = [&] {
+        return QTest::qWaitFor([&] { return !loader.busy(); });
+    };
+    loader.prefetch(paths);
+    ASSERT_TRUE(settled());
+    EXPECT_LE(loader.cachebytes(), budget);
+    EXPECT_TRUE(loader.lookup(paths[5]).wanted);
+    const QString& made =
+        *std::find_if(paths.begin(), paths.end(), [&](const QString& p) { return !loader.lookup(p).wanted; });
+    EXPECT_EQ(loader.lookup(made).picture.size(), QSize(160, 119));
+    // A photo rewritten keeps its old thumbnail until the new one is made.
+    writepattern(made, 48, 64);
+    const ThumbnailLoader::Lookup stale = loader.lookup(made);
+    EXPECT_TRUE(stale.wanted);
+    EXPECT_EQ(stale.picture.size(), QSize(160, 119));
+    loader.want({made});
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(loader.lookup(made).picture.size(), QSize(119, 160));
+    EXPECT_FALSE(loader.lookup(made).wanted);
 }

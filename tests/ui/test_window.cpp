@@ -161,7 +161,11 @@ TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
         writebytes(datafolder() + name, "x");
     ScriptedDialogs dialogs;
     NotedDesktop desktop;
-    App app(dialogs, desktop);
+    // Paths given to the program go onto the list as a drop of them would.
+    QTemporaryDir folder;
+    writepattern(folder.filePath("a.jpg"), 8, 8);
+    App app(dialogs, desktop, {folder.path(), "no-such.jpg"});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return app.mainmodule().photolist().count() == 1; }));
     EXPECT_FALSE(QFileInfo::exists(datafolder() + "/xtemp.jpg"));
     EXPECT_TRUE(app.mainmodule().isVisible());
     EXPECT_NE(app.mainmodule().findChild<QAction*>("CheckforUpdatesItem"), nullptr);

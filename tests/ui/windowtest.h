@@ -30,8 +30,10 @@ struct ScriptedDialogs : Dialogs {
     std::deque<QStringList> files;
     std::deque<QString> folders;
     std::deque<bool> answers;
-    std::function<void()> during; // run inside the next question or message
-    QStringList opened;           // "title|start folder|types" of each chooser
+    std::deque<std::optional<int>> picks; // pop-up menus: the entry chosen, none to dismiss
+    QStringList menus;                    // each pop-up's entries, joined by '|', "(greyed)" after
+    std::function<void()> during;         // run inside the next question or message
+    QStringList opened;                   // "title|start folder|types" of each chooser
     std::vector<Question> questions;
     QStringList told;
 
@@ -54,6 +56,10 @@ struct ScriptedDialogs : Dialogs {
         told << message;
         if (during)
             std::exchange(during, nullptr)();
+    }
+    std::optional<int> popup(QWidget*, const QStringList& items, QPoint, bool enabled) override {
+        menus << items.join('|') + (enabled ? "" : "(greyed)");
+        return next(picks, "pop-up menu");
     }
     template <typename T> static T next(std::deque<T>& script, const char* what) {
         EXPECT_FALSE(script.empty()) << "a " << what << " that the script didn't expect";

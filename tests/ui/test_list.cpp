@@ -1,0 +1,107 @@
+#include "photolist/photolistmodel.h"
+#include "ui/photolistdelegate.h"
+#include "ui/photolistview.h"
+#include "windowtest.h"
+
+#include <QApplication>
+#include <QMimeData>
+
+using namespace pivotel;
+using namespace pivotel::test;
+
+namespace {
+
+class List : public WindowTest {
+  protected:
+    PhotoListView* view() const { return static_cast<PhotoListView*>(list()); }
+    QPoint cell(int row, int column) const {
+        return list()->visualRect(list()->model()->index(row, column)).center();
+    }
+    void contextmenu() {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, cell(0, 0),
+                                list()->viewport()->mapToGlobal(cell(0, 0)));
+        QApplication::sendEvent(list()->viewport(), &event);
+        settle();
+    }
+    QString label(int row) const {
+        return list()->model()->index(row, PhotoListModel::LabelColumn).data().toString();
+    }
+    QFont font(int row) const {
+        QStyleOptionViewItem option;
+        static_cast<PhotoListDelegate*>(list()->itemDelegate())
+            ->initStyleOption(&option, list()->model()->index(row, 0));
+        return option.font;
+    }
+    QSize thumbnail(const char* name) const { return view()->thumbnail(path(name)).size(); }
+};
+
+} // namespace
+
+TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
+    dialogs.picks = {std::nullopt};
+    contextmenu();
+    EXPECT_EQ(dialogs.menus.takeFirst(),
+              "Set All to As Is|Set All to Rotate 90º Clockwise|Set All to Rotate 90º "
+              "Counterclockwise|Set All to Rotate 180º|Set All to Flip Left|Set All to "
+              "EXIF Orientation Check(greyed)");
+    load({{"a.jpg", 6, {96, 64}}, {"b.jpg"}, {"c.jpg", 8}});
+    // Pressing the label selects the row and chooses; a dismissal changes nothing; the keyboard
+    // does the same as the mouse.
+    dialogs.picks = {3, std::nullopt, 4};
+    QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, cell(1, PhotoListModel::LabelColumn));
+    EXPECT_EQ(list()->currentIndex().row(), 1);
+    QTest::keyClick(list(), Qt::Key_Down);
+    QTest::keyClick(list(), Qt::Key_Space);
+    QTest::keyClick(list(), Qt::Key_Return);
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:180 c.jpg:flip");
+    EXPECT_EQ(dialogs.menus, QStringList(3, "As Is|Rotate 90º Clockwise|Rotate 90º Counterclockwise|Rotate "
+                                            "180º|Flip Left"));
+    EXPECT_EQ(font(2).pixelSize() * 10 + font(2).bold() + font(2).italic(), 142);
+    EXPECT_EQ(font(0).pixelSize() * 10 + font(0).bold() + font(0).italic(), 120);
+
+    dialogs.picks = {0};
+    contextmenu();
+    EXPECT_EQ(rows(), "a.jpg:asis b.jpg:asis c.jpg:asis");
+    // The check reads each photo again: c.jpg no longer reads as an image and goes into the run,
+    // which leaves it untouched.
+    const QByteArray c = readbytes(path("c.jpg")).left(100);
+    writebytes(path("c.jpg"), c);
+    dialogs.picks = {5};
+    contextmenu();
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:asis c.jpg:asis");
+    EXPECT_EQ(label(2), "Fail");
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return thumbnail("a.jpg") == QSize(160, 106); }));
+    press("start");
+    ASSERT_TRUE(waitforendofrun());
+    EXPECT_TRUE(dialogs.told.last().contains("Left Unchanged\n\nc.jpg: its EXIF orientation can't be read"))
+        << dialogs.told.last().toStdString();
+    EXPECT_EQ(readbytes(path("c.jpg")), c);
+    EXPECT_EQ(label(2), "As Is");
+    // The turned photo's thumbnail is made again.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return thumbnail("a.jpg") == QSize(106, 160); }));
+}
+
+TEST_F(List, DropsAppendFilesAndFoldersUpToAnItemWithoutAFileAndDeleteTakesRowsOff) {
+    for (const Photo& p : {Photo{"d/x.jpg", 6}, {"d/sub/y.jpg", 3}, {"z.JPEG"}, {"q.jpg"}})
+        photo(p);
+    writebytes(path("t.jpg"), "not a photo");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path("z.JPEG")), QUrl::fromLocalFile(path("d")),
+                  QUrl::fromLocalFile(path("t.jpg")), QUrl("https://example.com/w.jpg"),
+                  QUrl::fromLocalFile(path("q.jpg"))});
+    for (int twice = 0; twice < 2; ++twice) {
+        QDragEnterEvent enter(cell(0, 0), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(list()->viewport(), &enter);
+        QDropEvent drop(cell(0, 0), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(list()->viewport(), &drop);
+        settle();
+    }
+    EXPECT_EQ(rows(), "z.JPEG:asis y.jpg:180 x.jpg:cw z.JPEG:asis y.jpg:180 x.jpg:cw");
+    list()->selectRow(1);
+    QTest::keyClick(list(), Qt::Key_Delete);
+    QTest::keyClick(list(), Qt::Key_Backspace);
+    EXPECT_EQ(rows(), "z.JPEG:asis z.JPEG:asis y.jpg:180 x.jpg:cw");
+    EXPECT_TRUE(QFileInfo::exists(path("d/x.jpg")));
+    EXPECT_EQ(rowcounter(), "4 Photos");
+}
