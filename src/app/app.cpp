@@ -3,13 +3,13 @@
 #include "engine/photorewrite.h"
 #include "app/settingsstore.h"
 #include "support/appidentity.h"
+#include "support/nativepath.h"
 #include "support/places.h"
 #include "ui/appicon.h"
 #include "ui/mainmodule.h"
 #include "ui/menus.h"
 
 #include <QApplication>
-#include <QFileInfo>
 
 namespace pivotel {
 
@@ -27,7 +27,7 @@ App::App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths) {
     mainmodule_->show();
     QStringList absolute;
     for (const QString& path : paths)
-        absolute << QFileInfo(path).absoluteFilePath();
+        absolute << absolutepath(path);
     mainmodule_->takepaths(absolute);
     menus->checkforupdates(false);
 }

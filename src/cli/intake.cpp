@@ -2,9 +2,11 @@
 
 #include "photolist/extensions.h"
 #include "photolist/folderscan.h"
+#include "support/nativepath.h"
 
 #include <QDir>
-#include <QFileInfo>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace pivotel::cli {
 
@@ -37,25 +39,29 @@ class Taker {
     }
 
     void take(const QString& argument) {
-        const QFileInfo info(argument);
-        const QString path = info.absoluteFilePath();
-        if (!info.exists()) {
+        // Built as text, and the file looked at by its bytes: Qt's file classes would lose a name
+        // that isn't UTF-8.
+        const QString path = absolutepath(argument);
+        const QString filename = filenameof(path);
+        const QByteArray native = nativepath(path);
+        struct stat st {};
+        if (::stat(native.constData(), &st) != 0) {
             result_.problems.push_back({argument, QStringLiteral("no such file or folder")});
-        } else if (info.isDir()) {
-            if (!info.isReadable() || !info.isExecutable()) {
+        } else if (S_ISDIR(st.st_mode)) {
+            if (::access(native.constData(), R_OK | X_OK) != 0) {
                 result_.problems.push_back({argument, QStringLiteral("the folder can't be read")});
                 return;
             }
             ScanCallbacks callbacks;
             callbacks.file = [this](const QString& name, const QString& file) { this->file(name, file); };
             loadrecursive(QDir::cleanPath(path), options_.recursive, callbacks);
-        } else if (!hasextension(info.fileName(), extensions::drop())) {
+        } else if (!hasextension(filename, extensions::drop())) {
             result_.problems.push_back(
                 {argument, QStringLiteral("not a JPEG file (.jpg, .jpeg, .jfif, .jpe)")});
-        } else if (!info.isReadable()) {
+        } else if (::access(native.constData(), R_OK) != 0) {
             result_.problems.push_back({argument, QStringLiteral("the file can't be read")});
         } else {
-            file(info.fileName(), path);
+            file(filename, path);
         }
     }
 

@@ -10,6 +10,7 @@
 #include "photolist/action.h"
 #include "support/appidentity.h"
 #include "support/memorypolicy.h"
+#include "support/nativepath.h"
 #include "support/places.h"
 
 #include <QCoreApplication>
@@ -73,7 +74,11 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
     QCoreApplication::setApplicationVersion(versiontext());
 
-    const auto parsed = parsearguments(app.arguments().mid(1));
+    // Taken as bytes: a path that isn't UTF-8 must still name its file.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << pathfromnative(argv[i]);
+    const auto parsed = parsearguments(arguments);
     if (!parsed) {
         say(QStringLiteral("pivotel-cli: %1\nTry 'pivotel-cli --help'.\n").arg(parsed.reason()));
         return 2;

@@ -1,6 +1,7 @@
 #include "engine/filedates.h"
 
 #include "support/fileio.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <cerrno>
@@ -11,14 +12,14 @@ namespace pivotel {
 
 Result<FileDates> readfiledates(const QString& path) {
     struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+    if (::stat(nativepath(path).constData(), &st) != 0)
         return Status::failure(errnotext(errno));
     return FileDates{st.st_atim, st.st_mtim};
 }
 
 Status restorefiledates(const QString& path, const FileDates& dates) {
     const timespec times[2] = {dates.accessed, dates.modified};
-    if (::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) != 0)
+    if (::utimensat(AT_FDCWD, nativepath(path).constData(), times, 0) != 0)
         return Status::failure(errnotext(errno));
     return Status::success();
 }

@@ -27,18 +27,22 @@ namespace {
 
 // Says, in the turned photo's terms, what became of the edge: "trimmed 8 pixels off the width",
 // "edge of 8 pixels left unturned". A turn by a quarter makes the source's rows its columns.
+QString pixels(int n) {
+    return n == 1 ? QStringLiteral("1 pixel") : QStringLiteral("%1 pixels").arg(n);
+}
+
 QString edgenote(PartialEdges partial, Action action, bool trimmed) {
     const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
     const int width = quarter ? partial.rows : partial.columns;
     const int height = quarter ? partial.columns : partial.rows;
     if (!trimmed) {
-        return width && height ? QStringLiteral("edges of %1 and %2 pixels left unturned").arg(width).arg(height)
-                               : QStringLiteral("edge of %1 pixels left unturned").arg(width + height);
+        return width && height ? QStringLiteral("edges of %1 and %2 left unturned").arg(pixels(width), pixels(height))
+                               : QStringLiteral("edge of %1 left unturned").arg(pixels(width + height));
     }
     if (width && height)
-        return QStringLiteral("trimmed %1 pixels off the width and %2 off the height").arg(width).arg(height);
-    return QStringLiteral("trimmed %1 pixels off the %2").arg(width + height)
-        .arg(width ? QStringLiteral("width") : QStringLiteral("height"));
+        return QStringLiteral("trimmed %1 off the width and %2 off the height").arg(pixels(width)).arg(height);
+    return QStringLiteral("trimmed %1 off the %2")
+        .arg(pixels(width + height), width ? QStringLiteral("width") : QStringLiteral("height"));
 }
 
 } // namespace

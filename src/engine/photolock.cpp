@@ -1,6 +1,7 @@
 #include "engine/photolock.h"
 
 #include "support/fileio.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <cerrno>
@@ -23,7 +24,7 @@ Result<PhotoLock> PhotoLock::take(const QString& path) {
         struct stat locked {}, now {};
         if (::fstat(fd.get(), &locked) != 0)
             return Status::failure(errnotext(errno));
-        if (::stat(QFile::encodeName(path).constData(), &now) != 0)
+        if (::stat(nativepath(path).constData(), &now) != 0)
             return Status::failure(errnotext(errno));
         if (locked.st_dev == now.st_dev && locked.st_ino == now.st_ino)
             return PhotoLock(std::move(fd));

@@ -2,6 +2,7 @@
 
 #include "support/fileio.h"
 #include "support/places.h"
+#include "support/nativepath.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,7 +22,7 @@ namespace pivotel {
 namespace {
 
 QByteArray native(const QString& path) {
-    return QFile::encodeName(path);
+    return nativepath(path);
 }
 
 Status syncfolder(const QString& folder) {
@@ -101,7 +102,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
                                                                &std::free);
     if (!resolved)
         return Status::failure(errnotext(errno));
-    rewrite->photo_ = QFile::decodeName(resolved.get());
+    rewrite->photo_ = pathfromnative(resolved.get());
 
     struct stat photostat {};
     if (::stat(resolved.get(), &photostat) != 0)
@@ -205,7 +206,7 @@ void cleanleftovers(const QString& datafolder) {
     const QString journal = journalfile(datafolder);
     const auto noted = readwholefile(journal);
     if (noted) {
-        const QString working = QFile::decodeName(noted.value());
+        const QString working = pathfromnative(noted.value());
         const QString name = QFileInfo(working).fileName();
         // Only ever a file this program named.
         if (QFileInfo(working).isAbsolute() && name.startsWith(QLatin1Char('.')) &&

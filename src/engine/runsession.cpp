@@ -9,16 +9,16 @@
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
 #include "photolist/probes.h"
+#include "support/nativepath.h"
 #include "support/places.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QThread>
 #include <exception>
-#include <new>
 #include <map>
+#include <new>
 #include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace pivotel {
 
@@ -104,14 +104,14 @@ std::vector<qint64> RunSession::firstrows() const {
     for (size_t i = 0; i < filelist_.size(); ++i) {
         first[i] = qint64(i);
         struct stat st {};
-        if (::stat(QFile::encodeName(filelist_[i].path).constData(), &st) == 0)
+        if (::stat(nativepath(filelist_[i].path).constData(), &st) == 0)
             first[i] = seen.try_emplace({st.st_dev, st.st_ino}, qint64(i)).first->second;
     }
     return first;
 }
 
 PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
-    if (!QFileInfo::exists(photo.path))
+    if (::access(nativepath(photo.path).constData(), F_OK) != 0)
         return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
     if (photo.unreadable)
         return {index, photo, PhotoOutcome::Failed, QStringLiteral("its EXIF orientation can't be read"), {}};

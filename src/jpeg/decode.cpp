@@ -3,6 +3,7 @@
 #include "jpeg/jpegerror.h"
 #include "jpeg/segments.h"
 #include "jpeg/turbojpeg.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <algorithm>
@@ -159,7 +160,7 @@ JpegCoding codingof(const jpeg_decompress_struct& info) {
 } // namespace
 
 Result<DecodedPicture> decodepicture(const QString& path) {
-    const FilePtr file(std::fopen(QFile::encodeName(path).constData(), "rb"));
+    const FilePtr file(std::fopen(nativepath(path).constData(), "rb"));
     if (!file)
         return Status::failure(
             QStringLiteral("can't be read (%1)").arg(QString::fromLocal8Bit(std::strerror(errno))));

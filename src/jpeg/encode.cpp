@@ -2,6 +2,7 @@
 
 #include "jpeg/jpegerror.h"
 #include "support/fileio.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <algorithm>
@@ -178,7 +179,7 @@ class Compression {
 } // namespace
 
 Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target) {
-    FilePtr file(std::fopen(QFile::encodeName(target).constData(), "wb"));
+    FilePtr file(std::fopen(nativepath(target).constData(), "wb"));
     if (!file)
         return Status::failure(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));
 

@@ -1,5 +1,7 @@
 #include "metadata/stayopentool.h"
 
+#include "support/nativepath.h"
+
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -92,7 +94,7 @@ ToolResult StayOpenTool::command(const QStringList& arguments, int timeoutms) {
     const QByteArray id = QByteArray::number(++nextid_);
     QByteArray input;
     for (const QString& argument : arguments)
-        input += argument.toLocal8Bit() + '\n';
+        input += nativepath(argument) + '\n';
     const QByteArray marker = "{pivotel" + id + " status ";
     input += "-echo4\n" + marker + "${status}}\n-execute" + id + '\n';
     process_->write(input);

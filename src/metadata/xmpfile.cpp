@@ -1,4 +1,5 @@
 #include "metadata/xmpfile.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <exempi/xmperrors.h>
@@ -32,7 +33,7 @@ bool XmpMeta::setproperty(const char* schema, const char* name, const QString& v
 Result<XmpFile> XmpFile::openforupdate(const QString& path) {
     if (!xmpready())
         return Status::failure(QStringLiteral("the XMP library can't start"));
-    XmpFilePtr file = xmp_files_open_new(QFile::encodeName(path).constData(), XMP_OPEN_FORUPDATE);
+    XmpFilePtr file = xmp_files_open_new(nativepath(path).constData(), XMP_OPEN_FORUPDATE);
     if (!file)
         return Status::failure(xmperrortext());
     return XmpFile(file);

@@ -1,10 +1,11 @@
 #include "photolist/folderscan.h"
 
 #include "photolist/extensions.h"
+#include "support/nativepath.h"
 
-#include <QDir>
-#include <QFile>
 #include <algorithm>
+#include <dirent.h>
+#include <memory>
 #include <set>
 #include <sys/stat.h>
 #include <utility>
@@ -48,9 +49,26 @@ bool naturalless(const QString& a, const QString& b) {
     return a < b;
 }
 
+// The names in a folder, read as bytes so that a name that isn't UTF-8 can be found again.
+QStringList entries(const QString& path) {
+    QStringList names;
+    struct Close {
+        void operator()(DIR* dir) const { ::closedir(dir); }
+    };
+    const std::unique_ptr<DIR, Close> dir(::opendir(nativepath(path).constData()));
+    if (!dir)
+        return names;
+    while (const dirent* entry = ::readdir(dir.get())) {
+        const QByteArrayView name(entry->d_name);
+        if (name != "." && name != "..")
+            names << pathfromnative(name);
+    }
+    return names;
+}
+
 bool folderid(const QString& path, FolderId& id) {
     struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+    if (::stat(nativepath(path).constData(), &st) != 0)
         return false;
     id = {st.st_dev, st.st_ino};
     return true;
@@ -71,18 +89,18 @@ class Scan {
 
   private:
     void items(const QString& path, bool recursive) {
-        QDir dir(path);
-        QStringList names = dir.entryList(
-            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
+        QStringList names = entries(path);
         std::sort(names.begin(), names.end(), naturalless);
+        const QString prefix = path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
 
         for (const QString& name : std::as_const(names)) {
             if (stopped())
                 return;
-            const QString itempath = dir.filePath(name);
+            const QString itempath = prefix + name;
             if (hasextension(name, extensions::packages()))
                 continue;
-            if (QFileInfo(itempath).isDir()) {
+            struct stat st {};
+            if (::stat(nativepath(itempath).constData(), &st) == 0 && S_ISDIR(st.st_mode)) {
                 if (recursive)
                     folder(itempath, true);
                 continue;

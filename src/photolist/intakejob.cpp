@@ -2,9 +2,9 @@
 
 #include "photolist/extensions.h"
 #include "photolist/folderscan.h"
+#include "support/nativepath.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <QThread>
 
 namespace pivotel {
@@ -67,11 +67,10 @@ void IntakeJob::walk() {
         for (const QString& path : request_.files) {
             if (cancelled_)
                 break;
-            const QFileInfo item(path);
-            if (request_.dropped && item.isDir())
+            if (request_.dropped && isfolder(path))
                 loadrecursive(path, true, callbacks);
-            else if (hasextension(item.fileName(), set))
-                take(item.fileName(), path);
+            else if (hasextension(filenameof(path), set))
+                take(filenameof(path), path);
         }
     } else {
         loadrecursive(request_.folder, request_.recursive, callbacks);

@@ -1,4 +1,5 @@
 #include "services/versionfetch.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <curl/curl.h>
@@ -44,7 +45,7 @@ QByteArray trustwith(CURL* handle, const QString& extraca) {
     char* systemca = nullptr;
     QByteArray pem;
     if (curl_easy_getinfo(handle, CURLINFO_CAINFO, &systemca) == CURLE_OK && systemca)
-        pem = readall(QFile::decodeName(systemca));
+        pem = readall(pathfromnative(systemca));
     return pem + '\n' + readall(extraca);
 }
 

@@ -1,6 +1,7 @@
 #include "support/fileio.h"
 
 #include "support/uniquefd.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <cerrno>
@@ -16,7 +17,7 @@ QString errnotext(int error) {
 }
 
 Result<UniqueFd> openregular(const QString& path) {
-    const QByteArray native = QFile::encodeName(path);
+    const QByteArray native = nativepath(path);
     constexpr int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
     // Looking at a photo must not change its access time, which "Preserve File Dates" keeps; only
     // the file's owner may ask that, so others read it as usual.
@@ -62,7 +63,7 @@ Result<QByteArray> readwholefile(const QString& path) {
 }
 
 Status writewholefile(const QString& path, const void* data, qsizetype size, unsigned mode) {
-    const QByteArray native = QFile::encodeName(path);
+    const QByteArray native = nativepath(path);
     UniqueFd fd(::open(native.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
     if (!fd.valid())
         return Status::failure(errnotext(errno));
@@ -88,7 +89,7 @@ Status writewholefile(const QString& path, const void* data, qsizetype size, uns
 }
 
 Status syncfile(const QString& path) {
-    UniqueFd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    UniqueFd fd(::open(nativepath(path).constData(), O_RDONLY | O_CLOEXEC));
     if (!fd.valid() || ::fsync(fd.get()) != 0)
         return Status::failure(errnotext(errno));
     return Status::success();

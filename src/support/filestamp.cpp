@@ -1,4 +1,5 @@
 #include "support/filestamp.h"
+#include "support/nativepath.h"
 
 #include <QFile>
 #include <sys/stat.h>
@@ -15,7 +16,7 @@ qint64 nanoseconds(const timespec& time) {
 
 std::optional<FileStamp> filestamp(const QString& path) {
     struct stat st {};
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+    if (::stat(nativepath(path).constData(), &st) != 0)
         return std::nullopt;
 #ifdef Q_OS_MACOS
     const timespec &modified = st.st_mtimespec, &changed = st.st_ctimespec;

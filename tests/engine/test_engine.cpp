@@ -9,7 +9,9 @@
 #include "jpeg/decode.h"
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
+#include "photolist/folderscan.h"
 #include "support/fileio.h"
+#include "support/nativepath.h"
 #include "metadata/exiftool.h"
 #include "photolist/probes.h"
 #include "support/othercolours.h"
@@ -594,6 +596,21 @@ TEST_F(Runs, APhotoIsTurnedOnceWhenListedTwiceOrByTwoRunsAtOnce) {
     EXPECT_LE(maxdifference(decodejpeg(p.path), turned(before, Action::Rotate90Clockwise)), idcttolerance);
     p.fromexif = false;
     EXPECT_EQ(run({p}).at(0).outcome, PhotoOutcome::Turned);
+}
+
+TEST_F(Runs, APhotoWhoseNameIsNotUtf8IsFoundByTheScanAndTurned) {
+    // A Latin-1 name from an old camera card: "caf\xE9.jpg".
+    writetaggedphoto(dir.filePath(u"utf8.jpg"_s), 48, 32, 6, 300);
+    const QByteArray latin1 = QFile::encodeName(dir.path()) + "/caf\xE9.jpg";
+    ASSERT_EQ(::rename(QFile::encodeName(dir.filePath(u"utf8.jpg"_s)).constData(), latin1.constData()), 0);
+    QStringList found;
+    loadrecursive(dir.path(), false, {[&](const QString&, const QString& path) { found << path; }, {}});
+    ASSERT_EQ(found.size(), 1);
+    EXPECT_EQ(nativepath(found[0]), latin1);
+    const auto reports = run({{u"caf\u00E9.jpg"_s, Action::Rotate90Clockwise, found[0]}});
+    EXPECT_EQ(reports.at(0).outcome, PhotoOutcome::Turned) << qPrintable(reports.at(0).reason);
+    EXPECT_EQ(probejpeg(found[0])->size, QSize(32, 48));
+    EXPECT_EQ(readtag(found[0], u"IFD0:Orientation"_s, true), u"1"_s); // the tool found it too
 }
 
 TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {

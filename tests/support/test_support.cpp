@@ -1,4 +1,5 @@
 #include "support/filestamp.h"
+#include "support/nativepath.h"
 #include "support/testphotos.h"
 
 #include <QFile>
@@ -37,4 +38,16 @@ TEST(FileStamp, TellsEveryNewStateOfAFile) {
     EXPECT_NE(filestamp(path)->inode, rewritten->inode);
     QFile::remove(path);
     EXPECT_FALSE(filestamp(path).has_value());
+}
+
+TEST(NativePath, EveryFileNameComesBackAsTheBytesItWas) {
+    // UTF-8, Latin-1, a cut sequence, an overlong form, an encoded surrogate and the bytes the
+    // escape uses: each converts back to itself.
+    for (const QByteArray& bytes : {QByteArray("/photos/caf\xC3\xA9.jpg"), QByteArray("/photos/caf\xE9.jpg"),
+                                   QByteArray("\xE2\x82"), QByteArray("\xC0\xAF"), QByteArray("\xED\xA0\x80"),
+                                   QByteArray("\xED\xB2\x80\xF0\x9F\x93\xB7")}) {
+        EXPECT_EQ(nativepath(pathfromnative(bytes)), bytes) << bytes.toHex().constData();
+    }
+    EXPECT_EQ(pathfromnative("caf\xC3\xA9"), QStringLiteral("caf\u00E9")); // valid UTF-8 reads as usual
+    EXPECT_EQ(pathfromnative("caf\xE9").size(), 4);
 }
