@@ -116,17 +116,17 @@ int main(int argc, char* argv[]) {
     report.dryrun = cli.dryrun;
     report.reencode = cli.reencode;
     for (const InputProblem& problem : intake.problems)
-        report.failed.push_back({problem.path, problem.reason});
+        report.failed.emplace_back(problem.path, problem.reason);
     for (const SkippedPhoto& skipped : intake.skipped)
-        report.skipped.push_back({skipped.path, skipped.reason});
+        report.skipped.emplace_back(skipped.path, skipped.reason);
     for (qint64 r = 0; r < list.count(); ++r) {
         if (!rule.takes(list.row(r).action))
-            report.skipped.push_back({list.row(r).path, QStringLiteral("action \"As Is\"")});
+            report.skipped.emplace_back(list.row(r).path, QStringLiteral("action \"As Is\""));
     }
 
     if (cli.dryrun) {
         for (const PhotoRow& photo : list.filelist()) {
-            report.turned.push_back({photo.path, labelof(photo.action)});
+            report.turned.emplace_back(photo.path, labelof(photo.action));
             if (!cli.json)
                 writestdout((labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
@@ -135,16 +135,15 @@ int main(int argc, char* argv[]) {
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
         for (const PhotoReport& photo : done) {
             if (photo.outcome == PhotoOutcome::Turned)
-                report.turned.push_back({photo.photo.path, labelof(photo.photo.action), photo.notes});
+                report.turned.emplace_back(photo.photo.path, labelof(photo.photo.action), photo.notes);
             else if (photo.outcome == PhotoOutcome::Skipped)
-                report.skipped.push_back({photo.photo.path, photo.reason});
+                report.skipped.emplace_back(photo.photo.path, photo.reason);
             else
-                report.failed.push_back({photo.photo.path, photo.reason});
+                report.failed.emplace_back(photo.photo.path, photo.reason);
         }
         // A run stopped by Ctrl-C leaves the rest as they were.
         for (size_t r = done.size(); r < list.filelist().size(); ++r)
-            report.failed.push_back(
-                {list.filelist()[r].path, QStringLiteral("not done: the run was stopped")});
+            report.failed.emplace_back(list.filelist()[r].path, QStringLiteral("not done: the run was stopped"));
     }
 
     say(report.summarytext());
