@@ -8,6 +8,7 @@
 #include "jpeg/transform.h"
 #include "jpeg/verify.h"
 #include "support/fileio.h"
+#include "support/memorypolicy.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -35,6 +36,7 @@ double best(int rounds, const std::function<void()>& step) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    reusephotobuffers(); // as pivotel-cli and the window run
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     if (args.size() < 2) {
@@ -51,7 +53,7 @@ int main(int argc, char* argv[]) {
     const QString working = dir.filePath(QStringLiteral("turned.jpg"));
     bool ok = true;
     const double transform = best(rounds, [&] {
-        ok = ok && transformjpeg(*original, JpegTransform::Rotate90, EdgePolicy::Keep, working).ok();
+        ok = ok && transformjpeg(*original, JpegTransform::Rotate90, EdgePolicy::Perfect, working).ok();
     });
     QByteArray turned = readwholefile(working).value();
     const QByteArray trailer = trailerof(*original).value().toByteArray();
