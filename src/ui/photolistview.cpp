@@ -2,6 +2,7 @@
 
 #include "photolist/photolistmodel.h"
 #include "ui/photolistdelegate.h"
+#include "support/nativepath.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -108,7 +109,8 @@ void PhotoListView::dropEvent(QDropEvent* event) {
         // An item that isn't a file ends the drop: what follows it isn't looked at.
         if (!url.isLocalFile())
             break;
-        paths << url.toLocalFile();
+        // The URL's bytes, not toLocalFile(), which would lose a name that isn't UTF-8.
+        paths << pathfromnative(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
     }
     event->acceptProposedAction();
     emit dropped(paths);
