@@ -61,7 +61,7 @@ PhotoListView* makelist(QWidget* parent, QAbstractItemModel& model) {
     header->setSectionsMovable(false);
     header->setHighlightSections(false);
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    header->setSectionResizeMode(PhotoListModel::NameColumn, QHeaderView::Stretch);
+    header->setSectionResizeMode(PhotoListModel::NameColumn, QHeaderView::Fixed); // fitted by the view
     header->setSectionResizeMode(PhotoListModel::LabelColumn, QHeaderView::Fixed);
     header->resizeSection(PhotoListModel::LabelColumn, 230);
     header->setSectionResizeMode(PhotoListModel::ThumbnailColumn, QHeaderView::Fixed);

@@ -1,8 +1,8 @@
 #include "ui/photolistview.h"
 
 #include "photolist/photolistmodel.h"
-#include "ui/photolistdelegate.h"
 #include "support/nativepath.h"
+#include "ui/photolistdelegate.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <algorithm>
 #include <QTimer>
 
 namespace pivotel {
@@ -46,6 +47,15 @@ void PhotoListView::listchanged() {
 
 QImage PhotoListView::thumbnail(const QString& path) {
     return loader_.lookup(path).picture;
+}
+
+bool PhotoListView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::Resize && model()) {
+        const int rest = viewport()->width() - columnWidth(PhotoListModel::LabelColumn) -
+                         columnWidth(PhotoListModel::ThumbnailColumn);
+        setColumnWidth(PhotoListModel::NameColumn, std::max(150, rest));
+    }
+    return QTableView::viewportEvent(event);
 }
 
 void PhotoListView::paintEvent(QPaintEvent* event) {

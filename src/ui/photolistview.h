@@ -31,6 +31,9 @@ class PhotoListView : public QTableView {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    // The name column takes the width the others leave, never less than 150: below that the
+    // list scrolls sideways.
+    bool viewportEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;

@@ -5,6 +5,8 @@
 
 #include <QApplication>
 #include <QMimeData>
+#include <QScrollBar>
+#include <algorithm>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -80,6 +82,16 @@ TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
     EXPECT_EQ(label(2), "As Is");
     // The turned photo's thumbnail is made again.
     EXPECT_TRUE(QTest::qWaitFor([&] { return thumbnail("a.jpg") == QSize(106, 160); }));
+}
+
+TEST_F(List, TheNameColumnTakesTheRestOfTheWidthButNeverLessThan150) {
+    for (const int width : {900, 300}) {
+        list()->resize(width, 400);
+        QApplication::sendPostedEvents();
+        const int rest = list()->viewport()->width() - 230 - 80;
+        EXPECT_EQ(list()->columnWidth(PhotoListModel::NameColumn), std::max(150, rest)) << width;
+        EXPECT_EQ(list()->horizontalScrollBar()->maximum() > 0, rest < 150) << width;
+    }
 }
 
 TEST_F(List, DropsAppendFilesAndFoldersUpToAnItemWithoutAFileAndDeleteTakesRowsOff) {
