@@ -110,6 +110,10 @@ TEST_F(Intake, AScanRunsBehindALiveWindowAndClearListOrClosingEndsIt) {
     // Rows arrive while the window handles its own events; its other commands wait.
     for (const char* command : {"loadfiles", "loadfolders", "start", "loadstart"})
         press(command);
+    // Nor does a row's action pop up.
+    list()->setCurrentIndex(list()->model()->index(0, 0));
+    QTest::keyClick(list(), Qt::Key_Space);
+    EXPECT_TRUE(dialogs.menus.isEmpty());
     EXPECT_EQ(dialogs.opened.size(), 1);
     EXPECT_TRUE(dialogs.told.isEmpty());
     press("clearlist");
