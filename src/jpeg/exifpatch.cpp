@@ -2,6 +2,7 @@
 
 #include "jpeg/segments.h"
 #include "jpeg/tiff.h"
+#include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
 
 #include <algorithm>
@@ -29,22 +30,6 @@ bool isframe(unsigned char marker) {
     return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
 
-int jpegtransformop(JpegTransform op) {
-    switch (op) {
-    case JpegTransform::Rotate90:
-        return TJXOP_ROT90;
-    case JpegTransform::Rotate180:
-        return TJXOP_ROT180;
-    case JpegTransform::Rotate270:
-        return TJXOP_ROT270;
-    case JpegTransform::FlipHorizontal:
-        return TJXOP_HFLIP;
-    case JpegTransform::None:
-        break;
-    }
-    return TJXOP_NONE;
-}
-
 // A thumbnail is turned losslessly and kept baseline, as viewers of EXIF thumbnails expect; the
 // few edge pixels a turn can't move are trimmed, which no one sees at that size.
 Result<QByteArray> turnthumbnail(QByteArrayView thumbnail, JpegTransform op) {
@@ -52,7 +37,7 @@ Result<QByteArray> turnthumbnail(QByteArrayView thumbnail, JpegTransform op) {
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
     tjtransform transform{};
-    transform.op = jpegtransformop(op);
+    transform.op = transformop(op);
     transform.options = TJXOPT_TRIM;
     unsigned char* output = nullptr;
     unsigned long outputsize = 0;

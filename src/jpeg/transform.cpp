@@ -1,12 +1,11 @@
 #include "jpeg/transform.h"
 
 #include "jpeg/jpegerror.h"
+#include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
 #include "support/fileio.h"
 
 namespace pivotel {
-
-namespace {
 
 int transformop(JpegTransform op) {
     switch (op) {
@@ -23,6 +22,8 @@ int transformop(JpegTransform op) {
     }
     return TJXOP_NONE;
 }
+
+namespace {
 
 int edgeoptions(EdgePolicy edges) {
     switch (edges) {
