@@ -20,10 +20,29 @@ const std::map<QString, Switch>& switches() {
         {QStringLiteral("--preserve-dates"), {&CliOptions::preservedates, true}},
         {QStringLiteral("--dry-run"), {&CliOptions::dryrun, true}},
         {QStringLiteral("--json"), {&CliOptions::json, true}},
+        {QStringLiteral("--quiet"), {&CliOptions::quiet, true}},
+        {QStringLiteral("--verbose"), {&CliOptions::verbose, true}},
         {QStringLiteral("--help"), {&CliOptions::help, true}},
         {QStringLiteral("--version"), {&CliOptions::version, true}},
     };
     return table;
+}
+
+// The short forms people type without thinking, as their long option.
+QString longform(const QString& argument) {
+    static const std::map<QString, QString> table{
+        {QStringLiteral("-h"), QStringLiteral("--help")},
+        {QStringLiteral("-V"), QStringLiteral("--version")},
+        {QStringLiteral("-q"), QStringLiteral("--quiet")},
+        {QStringLiteral("-v"), QStringLiteral("--verbose")},
+    };
+    const auto found = table.find(argument);
+    return found == table.end() ? argument : found->second;
+}
+
+bool takesvalue(const QString& name) {
+    return name == QLatin1String("--action") || name == QLatin1String("--quality") ||
+           name == QLatin1String("--odd-sizes");
 }
 
 } // namespace
@@ -51,11 +70,18 @@ QString usagetext() {
         "  --preserve-dates        keep each photo's modification and access times\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
-        "  --help                  show this help\n"
-        "  --version               show the version\n"
+        "  -q, --quiet             print only errors (and the report with --json)\n"
+        "  -v, --verbose           say what becomes of each photo, step by step\n"
+        "  -h, --help              show this help and exit\n"
+        "  -V, --version           show the version and exit\n"
+        "  --                      end of the options: every argument after it is a path\n"
+        "\n"
+        "An option's value may follow it as the next argument: --quality 90 is --quality=90.\n"
         "\n"
         "Exit status: 0 when every photo was done, 1 when any photo or input failed or was\n"
-        "missing, 2 for bad usage or when no input was a JPEG photo.\n");
+        "missing, 2 for bad usage or when no input was a JPEG photo, 130 when stopped by\n"
+        "Ctrl-C and 143 by SIGTERM (the photo in work is finished first; a second signal stops\n"
+        "at once, leaving that photo as it was).\n");
 }
 
 Result<CliOptions> parsearguments(const QStringList& arguments) {
@@ -63,16 +89,22 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
     bool onlypaths = false;
     bool qualitygiven = false;
     bool oddsizesgiven = false;
-    for (const QString& argument : arguments) {
-        if (onlypaths || !argument.startsWith(QLatin1Char('-'))) {
-            options.paths << argument;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        // A lone "-" is a path, as for most tools that take files.
+        if (onlypaths || !arguments[i].startsWith(QLatin1Char('-')) || arguments[i] == QLatin1String("-")) {
+            options.paths << arguments[i];
             continue;
         }
+        const QString argument = longform(arguments[i]);
         if (!argument.startsWith(QLatin1String("--")))
             return Status::failure(QStringLiteral("unknown option %1").arg(argument));
         const QString name = argument.section(QLatin1Char('='), 0, 0);
-        const bool hasvalue = argument.contains(QLatin1Char('='));
-        const QString value = argument.section(QLatin1Char('='), 1);
+        bool hasvalue = argument.contains(QLatin1Char('='));
+        QString value = argument.section(QLatin1Char('='), 1);
+        if (!hasvalue && takesvalue(name) && i + 1 < arguments.size()) {
+            value = arguments[++i];
+            hasvalue = true;
+        }
         if (argument == QLatin1String("--")) {
             onlypaths = true;
         } else if (name == QLatin1String("--action")) {
@@ -112,6 +144,8 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
         return Status::failure(QStringLiteral("--odd-sizes is for lossless turns, not with --reencode"));
     if (options.processall && !options.reencode)
         return Status::failure(QStringLiteral("--process-all needs --reencode"));
+    if (options.quiet && options.verbose)
+        return Status::failure(QStringLiteral("--quiet and --verbose can't be used together"));
     if (options.paths.isEmpty() && !options.help && !options.version)
         return Status::failure(QStringLiteral("no photo or folder given"));
     return options;

@@ -21,6 +21,8 @@ struct CliOptions {
     bool preservedates = false;
     bool dryrun = false;
     bool json = false;
+    bool quiet = false;   // only errors on standard error
+    bool verbose = false; // each photo's steps and outcome on standard error
     bool help = false;
     bool version = false;
 };

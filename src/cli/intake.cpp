@@ -32,8 +32,10 @@ class Taker {
             result_.skipped.push_back({path, admission.reason});
             return;
         case Verdict::Unreadable:
+            result_.problems.push_back({path, admission.reason, QStringLiteral("unreadable")});
+            return;
         case Verdict::NotJpeg:
-            result_.problems.push_back({path, admission.reason});
+            result_.problems.push_back({path, admission.reason, QStringLiteral("not-jpeg")});
             return;
         }
     }
@@ -46,20 +48,26 @@ class Taker {
         const QByteArray native = nativepath(path);
         struct stat st {};
         if (::stat(native.constData(), &st) != 0) {
-            result_.problems.push_back({argument, QStringLiteral("no such file or folder")});
+            result_.problems.push_back(
+                {argument, QStringLiteral("no such file or folder"), QStringLiteral("missing")});
         } else if (S_ISDIR(st.st_mode)) {
             if (::access(native.constData(), R_OK | X_OK) != 0) {
-                result_.problems.push_back({argument, QStringLiteral("the folder can't be read")});
+                result_.problems.push_back(
+                    {argument, QStringLiteral("the folder can't be read"), QStringLiteral("unreadable")});
                 return;
             }
             ScanCallbacks callbacks;
-            callbacks.file = [this](const QString& name, const QString& file) { this->file(name, file); };
+            callbacks.file = [this](const QString& name, const QString& file) {
+                this->file(name, file);
+            };
             loadrecursive(QDir::cleanPath(path), options_.recursive, callbacks);
         } else if (!hasextension(filename, extensions::drop())) {
-            result_.problems.push_back(
-                {argument, QStringLiteral("not a JPEG file (.jpg, .jpeg, .jfif, .jpe)")});
+            result_.problems.push_back({argument,
+                                        QStringLiteral("not a JPEG file (.jpg, .jpeg, .jfif, .jpe)"),
+                                        QStringLiteral("not-jpeg")});
         } else if (::access(native.constData(), R_OK) != 0) {
-            result_.problems.push_back({argument, QStringLiteral("the file can't be read")});
+            result_.problems.push_back(
+                {argument, QStringLiteral("the file can't be read"), QStringLiteral("unreadable")});
         } else {
             file(filename, path);
         }

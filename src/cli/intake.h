@@ -14,6 +14,7 @@ namespace pivotel::cli {
 struct InputProblem {
     QString path;
     QString reason;
+    QString code; // for the JSON report: "missing", "unreadable" or "not-jpeg"
 };
 
 // A photo that is left alone, and why.
@@ -31,13 +32,14 @@ struct IntakeResult {
 struct IntakeOptions {
     bool recursive = true;
     std::optional<Action> action; // overrides every admitted photo's action
-    bool processall = false;       // photos that need no turn are taken too, as "As Is"
+    bool processall = false;      // photos that need no turn are taken too, as "As Is"
 };
 
 // Puts the photos named by `paths` (files, and folders scanned as the window scans them) on
 // `list` through the same admission as the window's intake. With no action the labels come
 // from the EXIF orientation and, unless every photo is to be processed, photos that need no turn
 // are left off.
-[[nodiscard]] IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list);
+[[nodiscard]] IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options,
+                                      PhotoListModel& list);
 
 } // namespace pivotel::cli

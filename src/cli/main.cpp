@@ -14,22 +14,47 @@
 #include "support/places.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
+#include <optional>
+#include <unistd.h>
 
 using namespace pivotel;
 using namespace pivotel::cli;
 
 namespace {
 
-std::atomic<bool> interrupted{false};
+// The first SIGINT or SIGTERM stops the run after the photo in work; the handler only notes it
+// and wakes the event loop through a pipe.
+std::atomic<int> stopsignal{0};
+int wakepipe[2] = {-1, -1};
 
-void oninterrupt(int) {
-    interrupted = true;
-    // A second Ctrl-C ends the program at once; the photo in work is safe either way.
-    std::signal(SIGINT, SIG_DFL);
+void onstopsignal(int signal) {
+    int expected = 0;
+    stopsignal.compare_exchange_strong(expected, signal);
+    // A second signal ends the program at once, by the signal's own default. The photo in work
+    // is still whole: it is replaced in one rename, or not at all.
+    struct sigaction fallback {};
+    fallback.sa_handler = SIG_DFL;
+    ::sigaction(SIGINT, &fallback, nullptr);
+    ::sigaction(SIGTERM, &fallback, nullptr);
+    const char byte = 0;
+    [[maybe_unused]] const auto written = ::write(wakepipe[1], &byte, 1);
+}
+
+void catchstopsignals() {
+    if (::pipe2(wakepipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return; // without the pipe the signals keep their default: stop at once
+    struct sigaction action {};
+    action.sa_handler = onstopsignal;
+    ::sigemptyset(&action.sa_mask);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
 }
 
 void say(const QString& text) {
@@ -42,33 +67,74 @@ void writestdout(const QByteArray& bytes) {
     std::fflush(stdout);
 }
 
-std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& options, QCoreApplication& app) {
+QString outcometext(const PhotoReport& photo) {
+    switch (photo.outcome) {
+    case PhotoOutcome::Turned:
+        return QStringLiteral("done");
+    case PhotoOutcome::Missing:
+        return QStringLiteral("missing: ") + photo.reason;
+    case PhotoOutcome::Failed:
+        return QStringLiteral("not done: ") + photo.reason;
+    case PhotoOutcome::Skipped:
+        return QStringLiteral("left alone: ") + photo.reason;
+    }
+    return photo.reason;
+}
+
+std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& options, const CliOptions& cli,
+                                   QCoreApplication& app) {
+    if (stopsignal != 0)
+        return {};
     RunSession run(work, options, {datafolder(), toolfile()});
-    Progress progress(static_cast<qint64>(work.size()), stderr);
-    QObject::connect(&run, &RunSession::photostarted, &app,
-                     [&progress](qint64 index, const QString& name) { progress.photo(index, name); });
+    std::optional<Progress> progress;
+    if (!cli.quiet)
+        progress.emplace(static_cast<qint64>(work.size()), stderr);
+    const QString way = options.uselosslessrotation
+                            ? QStringLiteral("lossless")
+                            : QStringLiteral("re-encoded at quality %1").arg(options.quality);
+    QObject::connect(&run, &RunSession::photostarted, &app, [&](qint64 index, const QString& name) {
+        if (!progress)
+            return;
+        progress->photo(index, name);
+        if (cli.verbose)
+            progress->line(QStringLiteral("%1: %2, %3")
+                               .arg(work[size_t(index)].path, labelof(work[size_t(index)].action), way));
+    });
+    QElapsedTimer clock;
+    clock.start();
+    QObject::connect(&run, &RunSession::photofinished, &app, [&](const PhotoReport& photo) {
+        if (!progress || !cli.verbose)
+            return;
+        progress->line(QStringLiteral("  %1 (%2 ms)").arg(outcometext(photo)).arg(clock.restart()));
+        for (const QString& note : photo.notes)
+            progress->line(QStringLiteral("  note: ") + note);
+    });
     QObject::connect(&run, &RunSession::finished, &app, &QCoreApplication::quit);
 
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, &app, [&run, &watch] {
-        if (interrupted) {
-            say(QStringLiteral("\nStopping after the photo in work...\n"));
-            run.requeststop();
-            watch.stop();
-        }
+    QSocketNotifier wake(wakepipe[0], QSocketNotifier::Read);
+    QObject::connect(&wake, &QSocketNotifier::activated, &app, [&run, &wake, &cli] {
+        wake.setEnabled(false);
+        if (!cli.quiet)
+            say(QStringLiteral("\nStopping after the photo in work (again to stop at once)...\n"));
+        run.requeststop();
     });
-    std::signal(SIGINT, oninterrupt);
-    watch.start(100);
+    wake.setEnabled(wakepipe[0] >= 0);
+    QTimer ticker;
+    if (progress)
+        QObject::connect(&ticker, &QTimer::timeout, &app, [&progress] { progress->tick(); });
+    ticker.start(500);
 
     run.start();
     app.exec();
-    progress.finish();
+    if (progress)
+        progress->finish();
     return run.reports();
 }
 
 } // namespace
 
 int main(int argc, char* argv[]) {
+    catchstopsignals();
     reusephotobuffers();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Pivotel"));
@@ -115,38 +181,61 @@ int main(int argc, char* argv[]) {
     RunReport report;
     report.dryrun = cli.dryrun;
     report.reencode = cli.reencode;
+    const QString asis = tokenof(Action::AsIs);
     for (const InputProblem& problem : intake.problems)
-        report.failed.emplace_back(problem.path, problem.reason);
+        report.failed.push_back({problem.path, problem.code, problem.reason});
     for (const SkippedPhoto& skipped : intake.skipped)
-        report.skipped.emplace_back(skipped.path, skipped.reason);
+        report.skipped.push_back({skipped.path, QStringLiteral("as-is"), skipped.reason, asis});
     for (qint64 r = 0; r < list.count(); ++r) {
         if (!rule.takes(list.row(r).action))
-            report.skipped.emplace_back(list.row(r).path, QStringLiteral("action \"As Is\""));
+            report.skipped.push_back(
+                {list.row(r).path, QStringLiteral("as-is"), QStringLiteral("action \"As Is\""), asis});
+    }
+    if (cli.verbose) {
+        for (const Entry& entry : report.skipped)
+            say(QStringLiteral("%1: left alone: %2\n").arg(entry.path, entry.text));
     }
 
     if (cli.dryrun) {
         for (const PhotoRow& photo : list.filelist()) {
-            report.turned.emplace_back(photo.path, labelof(photo.action));
+            report.turned.push_back({photo.path, QStringLiteral("planned"), {}, tokenof(photo.action)});
             if (!cli.json)
-                writestdout((labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
+                writestdout(
+                    (labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
         cleanleftovers(datafolder());
-        const std::vector<PhotoReport> done = runengine(list.filelist(), options, app);
+        const std::vector<PhotoReport> done = runengine(list.filelist(), options, cli, app);
         for (const PhotoReport& photo : done) {
-            if (photo.outcome == PhotoOutcome::Turned)
-                report.turned.emplace_back(photo.photo.path, labelof(photo.photo.action), photo.notes);
-            else if (photo.outcome == PhotoOutcome::Skipped)
-                report.skipped.emplace_back(photo.photo.path, photo.reason);
-            else
-                report.failed.emplace_back(photo.photo.path, photo.reason);
+            const QString& path = photo.photo.path;
+            const QString token = tokenof(photo.photo.action);
+            switch (photo.outcome) {
+            case PhotoOutcome::Turned:
+                report.turned.push_back({path, QStringLiteral("turned"), {}, token, photo.notes});
+                break;
+            case PhotoOutcome::Skipped:
+                // the same file as an earlier one, or turned or changed by someone else meanwhile
+                report.skipped.push_back({path, QStringLiteral("changed-meanwhile"), photo.reason, token});
+                break;
+            case PhotoOutcome::Missing:
+                report.failed.push_back({path, QStringLiteral("missing"), photo.reason, token});
+                break;
+            case PhotoOutcome::Failed:
+                report.failed.push_back({path, QStringLiteral("failed"), photo.reason, token});
+                break;
+            }
         }
-        // A run stopped by Ctrl-C leaves the rest as they were.
+        // A stopped run leaves the rest as they were.
         for (size_t r = done.size(); r < list.filelist().size(); ++r)
-            report.failed.emplace_back(list.filelist()[r].path, QStringLiteral("not done: the run was stopped"));
+            report.failed.push_back({list.filelist()[r].path, QStringLiteral("stopped"),
+                                     QStringLiteral("not done: the run was stopped"),
+                                     tokenof(list.filelist()[r].action)});
     }
+    report.stopsignal = stopsignal;
 
-    say(report.summarytext());
+    const QString summary = report.summarytext(cli.quiet);
+    if (!summary.isEmpty())
+        say(summary);
     if (cli.json)
         writestdout(report.json());
     return report.exitcode();

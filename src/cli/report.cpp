@@ -1,5 +1,7 @@
 #include "cli/report.h"
 
+#include "photolist/action.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,10 +14,17 @@ QString photos(qsizetype n) {
     return n == 1 ? QStringLiteral("1 photo") : QStringLiteral("%1 photos").arg(n);
 }
 
-QJsonArray entries(const std::vector<Entry>& list, const QString& key) {
+QJsonArray entries(const std::vector<Entry>& list, bool turned) {
     QJsonArray array;
     for (const Entry& entry : list) {
-        QJsonObject object{{QStringLiteral("path"), entry.path}, {key, entry.text}};
+        QJsonObject object{{QStringLiteral("path"), entry.path}, {QStringLiteral("code"), entry.code}};
+        if (!entry.action.isEmpty()) {
+            object.insert(QStringLiteral("action"), entry.action);
+            if (const auto action = actionfortoken(entry.action))
+                object.insert(QStringLiteral("actiontext"), labelof(*action));
+        }
+        if (!turned)
+            object.insert(QStringLiteral("reason"), entry.text);
         if (!entry.notes.isEmpty())
             object.insert(QStringLiteral("notes"), QJsonArray::fromStringList(entry.notes));
         array.append(object);
@@ -25,10 +34,18 @@ QJsonArray entries(const std::vector<Entry>& list, const QString& key) {
 
 } // namespace
 
-QString RunReport::summarytext() const {
+int RunReport::exitcode() const {
+    if (stopsignal != 0)
+        return 128 + stopsignal;
+    return failed.empty() ? 0 : 1;
+}
+
+QString RunReport::summarytext(bool errorsonly) const {
     QString text;
     const QString done = reencode ? QStringLiteral("re-encoded") : QStringLiteral("turned");
-    if (dryrun) {
+    if (errorsonly) {
+        // no counts: --quiet says only what went wrong
+    } else if (dryrun) {
         text += QStringLiteral("Dry run: %1 would be %2, %3 skipped, %4 failed.\n")
                     .arg(photos(qsizetype(turned.size())), done)
                     .arg(skipped.size())
@@ -44,7 +61,7 @@ QString RunReport::summarytext() const {
         if (!entry.notes.isEmpty())
             noted += QStringLiteral("  %1: %2\n").arg(entry.path, entry.notes.join(QStringLiteral("; ")));
     }
-    if (!noted.isEmpty())
+    if (!noted.isEmpty() && !errorsonly)
         text += QStringLiteral("Turned, with a note:\n") + noted;
     if (!failed.empty()) {
         text += QStringLiteral("Not done:\n");
@@ -59,10 +76,14 @@ QByteArray RunReport::json() const {
     QJsonObject counts{{done, qint64(turned.size())},
                        {QStringLiteral("skipped"), qint64(skipped.size())},
                        {QStringLiteral("failed"), qint64(failed.size())}};
-    QJsonObject root{{QStringLiteral("dryrun"), dryrun},
-                     {done, entries(turned, QStringLiteral("action"))},
-                     {QStringLiteral("skipped"), entries(skipped, QStringLiteral("reason"))},
-                     {QStringLiteral("failed"), entries(failed, QStringLiteral("reason"))},
+    // "version" changes only when a key or a code changes meaning or goes away.
+    QJsonObject root{{QStringLiteral("version"), 1},
+                     {QStringLiteral("dryrun"), dryrun},
+                     {QStringLiteral("stopped"), stopsignal != 0},
+                     {QStringLiteral("exitcode"), exitcode()},
+                     {done, entries(turned, true)},
+                     {QStringLiteral("skipped"), entries(skipped, false)},
+                     {QStringLiteral("failed"), entries(failed, false)},
                      {QStringLiteral("counts"), counts}};
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }

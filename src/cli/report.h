@@ -8,25 +8,31 @@ namespace pivotel::cli {
 
 // The end of a pivotel-cli run: what was turned, left alone and not done.
 struct Entry {
-    Entry(QString path, QString text, QStringList notes = {})
-        : path(std::move(path)), text(std::move(text)), notes(std::move(notes)) {}
+    Entry(QString path, QString code, QString text = {}, QString action = {}, QStringList notes = {})
+        : path(std::move(path)), code(std::move(code)), text(std::move(text)), action(std::move(action)),
+          notes(std::move(notes)) {}
 
     QString path;
-    QString text; // the action for a turned photo, the reason otherwise
+    QString code;      // what became of it, for scripts: stable words listed in the README
+    QString text;      // the reason for a photo left alone or not done, for people
+    QString action;    // the action as the command line's token (cw, ccw, 180, flip, asis)
     QStringList notes; // for a turned photo: what else became of it
 };
 
 struct RunReport {
     bool dryrun = false;
     bool reencode = false;     // the summary says "re-encoded": "As Is" photos aren't turned
+    int stopsignal = 0;        // the signal that stopped the run, if one did
     std::vector<Entry> turned; // in a dry run: the photos that would be turned
     std::vector<Entry> skipped;
     std::vector<Entry> failed;
 
-    // 0 when everything asked for was done, 1 when anything failed.
-    int exitcode() const { return failed.empty() ? 0 : 1; }
-    QString summarytext() const;
-    QByteArray json() const;
+    // 0 when everything asked for was done, 1 when anything failed, 128 + the signal when one
+    // stopped the run.
+    [[nodiscard]] int exitcode() const;
+    // With `errorsonly`, only what was not done (for --quiet).
+    [[nodiscard]] QString summarytext(bool errorsonly = false) const;
+    [[nodiscard]] QByteArray json() const;
 };
 
 } // namespace pivotel::cli

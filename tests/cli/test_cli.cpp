@@ -7,8 +7,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QThread>
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -27,17 +29,26 @@ struct CliResult {
     QString out, err;
 };
 
-// Runs pivotel-cli (after `runas`, a program that runs it) to its end, its data folder in `datahome`.
-CliResult runcli(const QStringList& arguments, const QString& datahome, const QStringList& runas = {}) {
+// Runs pivotel-cli (after `runas`, a program that runs it) to its end, its data folder in `datahome`;
+// with a `signal`, sent once the first photo is in work.
+CliResult runcli(const QStringList& arguments, const QString& datahome, const QStringList& runas = {},
+                 int signal = 0) {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_DATA_HOME"_s, datahome);
     process.setProcessEnvironment(environment);
     const QStringList command = runas + QStringList{QStringLiteral(PIVOTEL_CLI)} + arguments;
     process.start(command.front(), command.mid(1));
+    QByteArray err;
+    process.setReadChannel(QProcess::StandardError);
+    while (signal != 0 && !err.contains("] Rotating") && process.waitForReadyRead(30000))
+        err += process.readAllStandardError();
+    if (signal != 0)
+        ::kill(pid_t(process.processId()), signal);
     EXPECT_TRUE(process.waitForFinished(120000));
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(err + process.readAllStandardError())};
 }
 
 } // namespace
@@ -68,9 +79,11 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
     const timespec old[2] = {{981173106, 0}, {981173106, 123456789}};
     const char* turnable = "odd eight six sub/six three";
     struct Case {
-        const char* arguments; // DIR is the folder, a short name the photo, "nowhere" a missing one
+        // DIR is the folder, a short name the photo, "nowhere" a missing one; SIGINT or SIGTERM
+        // first: sent while the first photo is in work
+        const char* arguments;
         int exitcode;
-        const char* says; // on standard error
+        const char* says; // on standard error; "": nothing at all
         QString out;
         const char* changed;
         int dc = 0; // re-encoded: the luminance DC step that tells the quality; 0: lossless, progressive
@@ -78,6 +91,19 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
     };
     std::vector<Case> cases{
         {"--json DIR", 1, "notes.jpg: not a readable JPEG photo", u"\"turned\": 5"_s, turnable},
+        {"-q six", 0, "", {}, "six"},
+        {"--json -q --action ccw six", 0, "", u"\"action\": \"ccw\""_s, "six"},
+        {"--json -q six nowhere", 1, "nowhere: no such file or folder", u"\"code\": \"missing\""_s, "six"},
+        {"-v six", 0, "six.jpg: Rotate 90\xBA Clockwise, lossless", {}, "six"},
+        {"-q -v six", 2, "--quiet and --verbose", {}, ""},
+        {"-h", 0, "", u"Usage: pivotel-cli"_s, ""},
+        {"-V", 0, "", u"pivotel-cli 3."_s, ""},
+        {"--reencode --quality 100 six", 0, "Re-encoded 1 photo", {}, "six", 1, 8},
+        {"--odd-sizes keep --action 180 one", 0, "Turned 1 photo", {}, "one"},
+        {"--reencode six --quality", 2, "quality needs a whole number", {}, ""},
+        {"-x six", 2, "unknown option -x", {}, ""},
+        {"SIGINT DIR", 130, "Stopping after the photo in work", {}, turnable},
+        {"SIGTERM --json DIR", 143, "Stopping after the photo in work", u"\"code\": \"stopped\""_s, turnable},
         {"--dry-run --no-recursive -- DIR", 1, "would be", dryrun, ""},
         {"-- odd", 0, "Turned 1 photo", {}, "odd"},
         {"--preserve-dates six", 0, "Turned 1 photo", {}, "six"},
@@ -113,32 +139,49 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
                                                                                      : argument;
         if (QByteArray(c.says).startsWith("--quality needs a"))
             arguments = {u"--reencode"_s, "--quality="_L1 + QLatin1String(c.arguments), path(u"six"_s)};
+        const int signal = arguments.value(0) == "SIGINT"_L1    ? SIGINT
+                           : arguments.value(0) == "SIGTERM"_L1 ? SIGTERM
+                                                                : 0;
+        if (signal != 0)
+            arguments.removeFirst();
         SCOPED_TRACE(arguments.join(u' ').toStdString());
         for (auto it = photos.begin(); it != photos.end(); ++it) {
             writebytes(path(it.key()), it.value());
             ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path(it.key())).constData(), old, 0), 0);
         }
-        const CliResult result = runcli(arguments, data.path());
+        const CliResult result = runcli(arguments, data.path(), {}, signal);
         EXPECT_EQ(result.exitcode, c.exitcode) << qPrintable(result.err);
-        EXPECT_TRUE(result.err.contains(QLatin1String(c.says))) << qPrintable(result.err);
+        EXPECT_TRUE(*c.says ? result.err.contains(QLatin1String(c.says)) : result.err.isEmpty())
+            << qPrintable(result.err);
         EXPECT_TRUE(result.out.contains(c.out)) << qPrintable(result.out);
+        // Standard output holds the JSON and nothing else.
+        EXPECT_TRUE(!arguments.contains(u"--json"_s) || c.exitcode == 2 ||
+                    QJsonDocument::fromJson(result.out.toUtf8()).isObject());
         const QStringList changed = QString::fromLatin1(c.changed).split(u' ', Qt::SkipEmptyParts);
+        int changedcount = 0;
         for (auto it = photos.begin(); it != photos.end(); ++it) {
             const qint64 modified = QFileInfo(path(it.key())).lastModified().toMSecsSinceEpoch();
-            ASSERT_EQ(readbytes(path(it.key())) != it.value(), changed.contains(it.key()))
-                << qPrintable(it.key());
-            if (!changed.contains(it.key()))
+            const bool waschanged = readbytes(path(it.key())) != it.value();
+            // A stopped run finishes the photo in work and leaves the rest as they were.
+            if (signal == 0 || waschanged) {
+                ASSERT_EQ(waschanged, changed.contains(it.key())) << qPrintable(it.key());
+            }
+            if (!waschanged)
                 continue;
+            ++changedcount;
             // Turned as the action or the orientation says, by the way asked, the dates kept if asked.
-            const Action action = arguments.contains(u"--action=180"_s)
-                                      ? Action::Rotate180
-                                      : actionfororientation(orientations[it.key()]);
+            const qsizetype given = arguments.indexOf(QRegularExpression(u"--action(=.*)?"_s));
+            const Action action = given < 0 ? actionfororientation(orientations[it.key()])
+                                  : arguments[given].contains(u'=')
+                                      ? *actionfortoken(arguments[given].section(u'=', 1))
+                                      : *actionfortoken(arguments.value(given + 1));
             // Any other turn moves the mark, 190 steps off, or reverses a gradient.
             EXPECT_LE(maxdifference(decodejpeg(path(it.key())), turned(original, action)), c.tolerance);
             EXPECT_EQ(isprogressive(path(it.key())), c.dc == 0);
             EXPECT_EQ(c.dc ? segmentbodies(path(it.key()), 0xDB).value(0).at(1) : 0, c.dc);
             EXPECT_EQ(modified == 981173106123, arguments.contains(u"--preserve-dates"_s));
         }
+        EXPECT_TRUE(signal == 0 || (changedcount > 0 && result.err.contains(u"Turned "_s)));
     }
 }
 
