@@ -1,6 +1,8 @@
 // pivotel-cli end to end: a real process over temporary folders of photos, killed at moments
 // spread over a run, and on a folder it may not write or a disk that is full.
 
+#include "cli/cliargs.h"
+#include "cli/progress.h"
 #include "support/taggedphotos.h"
 
 #include <QDir>
@@ -183,6 +185,25 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         }
         EXPECT_TRUE(signal == 0 || (changedcount > 0 && result.err.contains(u"Turned "_s)));
     }
+}
+
+TEST(Cli, ProgressSaysRateAndTimeLeftAndCompletionKnowsEveryOption) {
+    // done, total, ms elapsed at the last photo's start, ms since: rate, time left
+    const std::tuple<int, int, int, int, const char*, const char*> cases[] = {
+        {0, 10, 0, 500, "", ""},
+        {4, 10, 2000, 100, "2.0 photos/s", "0:02 left"},
+        {2, 3, 10000, 9000, "5.0 s/photo", "0:00 left"},
+        {1, 1000, 4000, 0, "4.0 s/photo", "1:06:36 left"}};
+    for (const auto& [done, total, elapsed, since, rate, left] : cases) {
+        EXPECT_EQ(cli::ratetext(done, elapsed), QLatin1String(rate));
+        EXPECT_EQ(cli::timelefttext(done, total, elapsed, since), QLatin1String(left));
+    }
+    // The bash completion offers every option of the help.
+    const QString completion = QString::fromUtf8(readbytes(QStringLiteral(PIVOTEL_COMPLETION)));
+    for (const QRegularExpressionMatch& option :
+         QRegularExpression(u"--[a-z-]+"_s).globalMatch(cli::usagetext()))
+        EXPECT_TRUE(completion.contains(QRegularExpression(option.captured() + u"\\s"_s)))
+            << qPrintable(option.captured());
 }
 
 // Every photo must be whole after each kill, the original or the turned one, and the next start
