@@ -71,7 +71,8 @@ QString usagetext() {
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
         "  -q, --quiet             print only errors (and the report with --json)\n"
-        "  -v, --verbose           say what becomes of each photo, step by step\n"
+        "  -v, --verbose           each photo as it is done: its action, the way, the outcome,\n"
+        "                          notes and the time it took\n"
         "  -h, --help              show this help and exit\n"
         "  -V, --version           show the version and exit\n"
         "  --                      end of the options: every argument after it is a path\n"
@@ -81,7 +82,7 @@ QString usagetext() {
         "Exit status: 0 when every photo was done, 1 when any photo or input failed or was\n"
         "missing, 2 for bad usage or when no input was a JPEG photo, 130 when stopped by\n"
         "Ctrl-C and 143 by SIGTERM (the photo in work is finished first; a second signal stops\n"
-        "at once, leaving that photo as it was).\n");
+        "at once, and that photo is still whole: the old one or the turned one).\n");
 }
 
 Result<CliOptions> parsearguments(const QStringList& arguments) {
