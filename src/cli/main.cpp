@@ -100,6 +100,10 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
             progress->line(QStringLiteral("%1: %2, %3")
                                .arg(work[size_t(index)].path, labelof(work[size_t(index)].action), way));
     });
+    QObject::connect(&run, &RunSession::photostep, &app, [&](qint64, const QString& step) {
+        if (progress && cli.verbose)
+            progress->line(QStringLiteral("  ") + step);
+    });
     QElapsedTimer clock;
     clock.start();
     QObject::connect(&run, &RunSession::photofinished, &app, [&](const PhotoReport& photo) {

@@ -129,13 +129,14 @@ PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTo
                     {}};
     }
     QStringList notes;
-    const Status turned = turnphoto(photo, tool, notes);
+    const Status turned = turnphoto(index, photo, tool, notes);
     if (!turned)
         return {index, photo, PhotoOutcome::Failed, turned.reason(), {}};
     return {index, photo, PhotoOutcome::Turned, QString(), notes};
 }
 
-Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList& notes) {
+Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool, QStringList& notes) {
+    const auto step = [&](const char* text) { emit photostep(index, QString::fromLatin1(text)); };
     // Read before anything touches the file.
     std::optional<FileDates> dates;
     if (options_.preservedates) {
@@ -150,22 +151,27 @@ Status RunSession::turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList&
         return rewrite.status();
     const QString& working = rewrite.value()->workingpath();
 
+    step("dumping its metadata");
     ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
     if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
+    step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
     const Result<Rotation> rotated = options_.uselosslessrotation
                                          ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
                                          : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
     notes = rotated->notes;
+    step("setting its metadata upright and checking the new file");
     if (Status finished = finishturn(photo.path, working, photo.action, *rotated, tool, notes); !finished)
         return finished;
+    step("putting it in place");
     if (Status committed = rewrite.value()->commit(); !committed)
         return committed;
 
     // The photo is turned and in place: dates that can't be put back don't undo that.
     if (dates) {
+        step("restoring its dates");
         if (Status restored = restorefiledates(photo.path, *dates); !restored)
             notes << QStringLiteral("dates not kept (%1)").arg(restored.reason());
     }

@@ -60,6 +60,8 @@ class RunSession : public QObject {
 
   signals:
     void photostarted(qint64 index, const QString& name);
+    // Each step of a photo's turn as it begins ("checking the new file"), for a verbose view.
+    void photostep(qint64 index, const QString& step);
     void photofinished(const pivotel::PhotoReport& report);
     // After the last photo's report: the run is over.
     void finished();
@@ -75,7 +77,7 @@ class RunSession : public QObject {
     // Every step of one photo's turn that writes: the metadata dump of the untouched photo,
     // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on
     // the rewrite's working file, which then replaces the photo in one step; then the dates.
-    [[nodiscard]] Status turnphoto(const PhotoRow& photo, ExifTool& tool, QStringList& notes);
+    [[nodiscard]] Status turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool, QStringList& notes);
     void record(const PhotoReport& report);
 
     const WorkList filelist_;

@@ -96,7 +96,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"-q six", 0, "", {}, "six"},
         {"--json -q --action ccw six", 0, "", u"\"action\": \"ccw\""_s, "six"},
         {"--json -q six nowhere", 1, "nowhere: no such file or folder", u"\"code\": \"missing\""_s, "six"},
-        {"-v six", 0, "six.jpg: Rotate 90\xBA Clockwise, lossless", {}, "six"},
+        {"-v six", 0, "six.jpg: Rotate 90\xBA Clockwise, lossless\n  dumping its metadata\n  turning it", {}, "six"},
         {"-q -v six", 2, "--quiet and --verbose", {}, ""},
         {"-h", 0, "", u"Usage: pivotel-cli"_s, ""},
         {"-V", 0, "", u"pivotel-cli 3."_s, ""},
