@@ -187,13 +187,13 @@ int main(int argc, char* argv[]) {
     report.reencode = cli.reencode;
     const QString asis = tokenof(Action::AsIs);
     for (const InputProblem& problem : intake.problems)
-        report.failed.push_back({problem.path, problem.code, problem.reason});
+        report.failed.emplace_back(problem.path, problem.code, problem.reason);
     for (const SkippedPhoto& skipped : intake.skipped)
-        report.skipped.push_back({skipped.path, QStringLiteral("as-is"), skipped.reason, asis});
+        report.skipped.emplace_back(skipped.path, QStringLiteral("as-is"), skipped.reason, asis);
     for (qint64 r = 0; r < list.count(); ++r) {
         if (!rule.takes(list.row(r).action))
-            report.skipped.push_back(
-                {list.row(r).path, QStringLiteral("as-is"), QStringLiteral("action \"As Is\""), asis});
+            report.skipped.emplace_back(list.row(r).path, QStringLiteral("as-is"),
+                                        QStringLiteral("action \"As Is\""), asis);
     }
     if (cli.verbose) {
         for (const Entry& entry : report.skipped)
@@ -202,7 +202,8 @@ int main(int argc, char* argv[]) {
 
     if (cli.dryrun) {
         for (const PhotoRow& photo : list.filelist()) {
-            report.turned.push_back({photo.path, QStringLiteral("planned"), {}, tokenof(photo.action)});
+            report.turned.emplace_back(photo.path, QStringLiteral("planned"), QString(),
+                                       tokenof(photo.action));
             if (!cli.json)
                 writestdout(
                     (labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
@@ -215,25 +216,25 @@ int main(int argc, char* argv[]) {
             const QString token = tokenof(photo.photo.action);
             switch (photo.outcome) {
             case PhotoOutcome::Turned:
-                report.turned.push_back({path, QStringLiteral("turned"), {}, token, photo.notes});
+                report.turned.emplace_back(path, QStringLiteral("turned"), QString(), token, photo.notes);
                 break;
             case PhotoOutcome::Skipped:
                 // the same file as an earlier one, or turned or changed by someone else meanwhile
-                report.skipped.push_back({path, QStringLiteral("changed-meanwhile"), photo.reason, token});
+                report.skipped.emplace_back(path, QStringLiteral("changed-meanwhile"), photo.reason, token);
                 break;
             case PhotoOutcome::Missing:
-                report.failed.push_back({path, QStringLiteral("missing"), photo.reason, token});
+                report.failed.emplace_back(path, QStringLiteral("missing"), photo.reason, token);
                 break;
             case PhotoOutcome::Failed:
-                report.failed.push_back({path, QStringLiteral("failed"), photo.reason, token});
+                report.failed.emplace_back(path, QStringLiteral("failed"), photo.reason, token);
                 break;
             }
         }
         // A stopped run leaves the rest as they were.
         for (size_t r = done.size(); r < list.filelist().size(); ++r)
-            report.failed.push_back({list.filelist()[r].path, QStringLiteral("stopped"),
-                                     QStringLiteral("not done: the run was stopped"),
-                                     tokenof(list.filelist()[r].action)});
+            report.failed.emplace_back(list.filelist()[r].path, QStringLiteral("stopped"),
+                                       QStringLiteral("not done: the run was stopped"),
+                                       tokenof(list.filelist()[r].action));
     }
     report.stopsignal = stopsignal;
 
