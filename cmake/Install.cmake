@@ -42,6 +42,8 @@ Metadata is kept and no photo is ever left half written. The package holds the w
 (pivotel) and the command-line front end (pivotel-cli).")
 set(CPACK_PACKAGE_HOMEPAGE_URL "https://${PIVOTEL_WEBSITE}/")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+# The build keeps its debug information; the package need not carry it.
+set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_CMAKE_PROJECTS "${CMAKE_BINARY_DIR};${PROJECT_NAME};pivotel;/")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
