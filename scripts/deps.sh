@@ -8,6 +8,7 @@ packages=(
     libturbojpeg0-dev libjpeg62-turbo-dev libjpeg-turbo-progs
     libexempi-dev libcurl4-openssl-dev
     libimage-exiftool-perl clang-tidy
+    desktop-file-utils appstream man-db
     googletest libgtest-dev
     openssl python3 poppler-utils
     xvfb xauth

@@ -3,16 +3,27 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace pivotel {
 
 QString resourcesfolder() {
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources"));
+    const QString executables = QCoreApplication::applicationDirPath();
+    // An install (PREFIX/bin beside PREFIX/share/pivotel) at any prefix, else the bundle.
+    QString installed = QDir::cleanPath(executables + QStringLiteral("/../share/pivotel"));
+    if (QFileInfo(installed).isDir())
+        return installed;
+    return QDir::cleanPath(executables + QStringLiteral("/../Resources"));
 }
 
 QString toolfile() {
-    return resourcesfolder() + QStringLiteral("/exiftool/exiftool");
+    QString bundled = resourcesfolder() + QStringLiteral("/exiftool/exiftool");
+    if (QFileInfo::exists(bundled))
+        return bundled;
+    // A distribution's package leaves exiftool to the system's own package.
+    const QString system = QStandardPaths::findExecutable(QStringLiteral("exiftool"));
+    return system.isEmpty() ? bundled : system;
 }
 
 QString datafolder() {

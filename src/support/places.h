@@ -7,9 +7,11 @@ namespace pivotel {
 // Where Pivotel keeps and finds its files. Computed at each use, never cached, so tests can
 // point them elsewhere (XDG_DATA_HOME moves the data folder).
 
-// The bundle's Resources folder: <executable>/../../Resources.
+// The folder of the program's own files: <executable>/../share/pivotel in an install,
+// otherwise the bundle's Resources folder, <executable>/../Resources.
 QString resourcesfolder();
-// The metadata tool inside the bundle.
+// The metadata tool: the copy in that folder, else the system's exiftool (a package that
+// depends on it instead of carrying one).
 QString toolfile();
 // The application's data folder, holding the temporary files of a run.
 QString datafolder();
