@@ -56,16 +56,20 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     const auto partial = partialedges(*data, op);
     if (!partial)
         return partial.status();
-    if (!partial->perfect() && oddsizes == OddSizes::Reencode) {
+    const auto probe = probejpeg(source);
+    if (!probe)
+        return probe.status();
+    // A photo narrower or lower than one block has nothing a trim could keep: libjpeg would
+    // leave that edge unturned, so it is re-encoded instead.
+    const bool cantrim = partial->columns < probe->size.width() && partial->rows < probe->size.height();
+    if (!partial->perfect() && (oddsizes == OddSizes::Reencode || (oddsizes == OddSizes::Trim && !cantrim))) {
         auto reencoded = reencodeatownquality(source, action, target);
         if (!reencoded)
             return reencoded.status();
         reencoded.value().notes.prepend(QStringLiteral("re-encoded: its size is not whole blocks"));
         return reencoded;
     }
-    const auto probe = probejpeg(source);
-    if (!probe)
-        return probe.status();
+
     const EdgePolicy edges = partial->perfect()            ? EdgePolicy::Perfect
                              : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
                                                           : EdgePolicy::Keep;

@@ -196,6 +196,14 @@ TEST_F(Rotators, TurnTheEdgeThatIsNotWholeBlocksAsAskedAndOnlyWhereTheTurnMovesI
     writepattern(source, 200, 160, Sampling::S420);
     for (const OddSizes oddsizes : {OddSizes::Trim, OddSizes::Reencode, OddSizes::Keep})
         EXPECT_TRUE(losslesstransform(source, target, Action::Rotate90Clockwise, oddsizes)->notes.isEmpty());
+    // Lower than a block, so a trim would leave nothing: it is re-encoded instead.
+    writepattern(source, 16, 8, Sampling::S420);
+    const auto tiny = losslesstransform(source, target, Action::Rotate90Clockwise, OddSizes::Trim);
+    ASSERT_TRUE(tiny) << qPrintable(tiny.reason());
+    EXPECT_EQ(tiny->notes, QStringList{u"re-encoded: its size is not whole blocks"_s});
+    EXPECT_EQ(tiny->size, QSize(8, 16));
+    // Re-encoding 128 pixels moves them by a few steps; a wrong turn by a hundred.
+    EXPECT_LE(meandifference(decodejpeg(target), turned(decodejpeg(source), Action::Rotate90Clockwise)), 8);
 }
 
 TEST_F(Rotators, TurnFlawedDataAsItReadsAndCmykInItsOwnColoursAndRefuseWhatCantBeRead) {
