@@ -60,6 +60,7 @@ class Taker {
             callbacks.file = [this](const QString& name, const QString& file) {
                 this->file(name, file);
             };
+            callbacks.stop = options_.stop;
             loadrecursive(QDir::cleanPath(path), options_.recursive, callbacks);
         } else if (!hasextension(filename, extensions::drop())) {
             result_.problems.push_back({argument,
@@ -85,8 +86,11 @@ class Taker {
 IntakeResult takephotos(const QStringList& paths, const IntakeOptions& options, PhotoListModel& list) {
     IntakeResult result;
     Taker taker(options, list, result);
-    for (const QString& path : paths)
+    for (const QString& path : paths) {
+        if (options.stop && options.stop())
+            break;
         taker.take(path);
+    }
     return result;
 }
 

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,8 @@ struct IntakeOptions {
     bool recursive = true;
     std::optional<Action> action; // overrides every admitted photo's action
     bool processall = false;      // photos that need no turn are taken too, as "As Is"
+    // Asked before every item: true ends the intake there (a Ctrl-C during a long scan).
+    std::function<bool()> stop;
 };
 
 // Puts the photos named by `paths` (files, and folders scanned as the window scans them) on

@@ -164,9 +164,19 @@ int main(int argc, char* argv[]) {
     }
 
     PhotoListModel list;
-    const IntakeResult intake = takephotos(cli.paths, {cli.recursive, cli.action, cli.processall}, list);
+    // A stop signal ends a long scan at once; the run is then skipped.
+    const IntakeResult intake = takephotos(cli.paths,
+                                           {cli.recursive, cli.action, cli.processall,
+                                            [] {
+                                                return stopsignal != 0;
+                                            }},
+                                           list);
     for (const InputProblem& problem : intake.problems)
         say(QStringLiteral("pivotel-cli: %1: %2\n").arg(problem.path, problem.reason));
+    if (stopsignal != 0 && intake.admitted == 0 && intake.skipped.empty()) {
+        say(QStringLiteral("pivotel-cli: stopped while taking photos in\n"));
+        return 128 + stopsignal;
+    }
     if (intake.admitted == 0 && intake.skipped.empty()) {
         say(QStringLiteral("pivotel-cli: no JPEG photo to work on\n"));
         return 2;

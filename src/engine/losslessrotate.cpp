@@ -36,11 +36,14 @@ QString edgenote(PartialEdges partial, Action action, bool trimmed) {
     const int width = quarter ? partial.rows : partial.columns;
     const int height = quarter ? partial.columns : partial.rows;
     if (!trimmed) {
-        return width && height ? QStringLiteral("edges of %1 and %2 left unturned").arg(pixels(width), pixels(height))
-                               : QStringLiteral("edge of %1 left unturned").arg(pixels(width + height));
+        return width && height
+                   ? QStringLiteral("edges of %1 and %2 left unturned").arg(pixels(width), pixels(height))
+                   : QStringLiteral("edge of %1 left unturned").arg(pixels(width + height));
     }
     if (width && height)
-        return QStringLiteral("trimmed %1 off the width and %2 off the height").arg(pixels(width)).arg(height);
+        return QStringLiteral("trimmed %1 off the width and %2 off the height")
+            .arg(pixels(width))
+            .arg(height);
     return QStringLiteral("trimmed %1 off the %2")
         .arg(pixels(width + height), width ? QStringLiteral("width") : QStringLiteral("height"));
 }
@@ -48,7 +51,7 @@ QString edgenote(PartialEdges partial, Action action, bool trimmed) {
 } // namespace
 
 Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
-                                      OddSizes oddsizes) {
+                                   OddSizes oddsizes) {
     const auto data = readwholefile(source);
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
@@ -70,7 +73,7 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
         return reencoded;
     }
 
-    const EdgePolicy edges = partial->perfect()            ? EdgePolicy::Perfect
+    const EdgePolicy edges = partial->perfect()           ? EdgePolicy::Perfect
                              : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
                                                           : EdgePolicy::Keep;
     const auto warning = transformjpeg(*data, op, edges, target);
@@ -89,7 +92,8 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     return rotation;
 }
 
-Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target, OddSizes oddsizes) {
+Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target,
+                                OddSizes oddsizes) {
     return losslesstransform(path, target, action, oddsizes);
 }
 

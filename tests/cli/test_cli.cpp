@@ -96,7 +96,11 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"-q six", 0, "", {}, "six"},
         {"--json -q --action ccw six", 0, "", u"\"action\": \"ccw\""_s, "six"},
         {"--json -q six nowhere", 1, "nowhere: no such file or folder", u"\"code\": \"missing\""_s, "six"},
-        {"-v six", 0, "six.jpg: Rotate 90\xBA Clockwise, lossless\n  dumping its metadata\n  turning it", {}, "six"},
+        {"-v six",
+         0,
+         "six.jpg: Rotate 90\xBA Clockwise, lossless\n  dumping its metadata\n  turning it",
+         {},
+         "six"},
         {"-q -v six", 2, "--quiet and --verbose", {}, ""},
         {"-h", 0, "", u"Usage: pivotel-cli"_s, ""},
         {"-V", 0, "", u"pivotel-cli 3."_s, ""},
@@ -185,6 +189,27 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         }
         EXPECT_TRUE(signal == 0 || (changedcount > 0 && result.err.contains(u"Turned "_s)));
     }
+}
+
+TEST(Cli, AStopSignalEndsALongScanAtOnce) {
+    QTemporaryDir dir, data;
+    writepattern(dir.filePath(u"p0.jpg"_s), 16, 16);
+    const QByteArray model = QFile::encodeName(dir.filePath(u"p0.jpg"_s));
+    for (int i = 1; i < 50000; ++i) // seconds of admission, far longer than the wait below
+        ASSERT_EQ(::link(model.constData(), QFile::encodeName(dir.filePath(u"p%1.jpg"_s.arg(i))).constData()),
+                  0);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_DATA_HOME"_s, data.path());
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(PIVOTEL_CLI), {u"--dry-run"_s, u"--action=cw"_s, dir.path()});
+    ASSERT_TRUE(process.waitForStarted());
+    QThread::msleep(200);
+    ::kill(pid_t(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(60000));
+    EXPECT_EQ(process.exitCode(), 130);
+    // Only the photos taken in before the signal are listed.
+    EXPECT_LT(process.readAllStandardOutput().count('\n'), 50000);
 }
 
 TEST(Cli, ProgressSaysRateAndTimeLeftAndCompletionKnowsEveryOption) {

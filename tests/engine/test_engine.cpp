@@ -9,21 +9,21 @@
 #include "jpeg/decode.h"
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
+#include "metadata/exiftool.h"
 #include "photolist/folderscan.h"
+#include "photolist/probes.h"
 #include "support/fileio.h"
 #include "support/nativepath.h"
-#include "metadata/exiftool.h"
-#include "photolist/probes.h"
 #include "support/othercolours.h"
 #include "support/taggedphotos.h"
 #include "support/testpictures.h"
 
 #include <QDeadlineTimer>
-#include <array>
-#include <functional>
 #include <QDir>
 #include <QTemporaryDir>
+#include <array>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -174,7 +174,8 @@ TEST_F(Rotators, TurnTheEdgeThatIsNotWholeBlocksAsAskedAndOnlyWhereTheTurnMovesI
             ASSERT_TRUE(rotation) << qPrintable(rotation.reason());
             const QStringList* notes = &rotation->notes;
             const Pixels result = decodejpeg(target);
-            EXPECT_EQ(rotation->size, QSize(result.width, result.height)); // what the new file is checked against
+            EXPECT_EQ(rotation->size,
+                      QSize(result.width, result.height)); // what the new file is checked against
             EXPECT_TRUE(isprogressive(target));
             if (turn.action == Action::AsIs || oddsizes == OddSizes::Trim) {
                 EXPECT_EQ(notes->join(u'|'), QLatin1String(turn.trimnote));
@@ -291,11 +292,12 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
     const timespec times[2] = {{981173106, 123456789}, {978307200, 987654321}}; // accessed, modified
     // What a turn changes, and what describes the file rather than the photo. Every other value
     // must read exactly as before, raw.
-    const QStringList changes{u"IFD0:Orientation"_s,       u"File:ImageWidth"_s,        u"File:ImageHeight"_s,
-                              u"File:EncodingProcess"_s,   u"Composite:ImageSize"_s,    u"SourceFile"_s,
-                              u"XMP-tiff:Orientation"_s,   u"ExifIFD:ExifImageWidth"_s, u"ExifIFD:ExifImageHeight"_s,
-                              u"XMP-tiff:ImageWidth"_s,    u"XMP-tiff:ImageHeight"_s,   u"IFD1:ThumbnailOffset"_s,
-                              u"IFD1:ThumbnailLength"_s,   u"IFD1:ThumbnailImage"_s,    u"Composite:Megapixels"_s};
+    const QStringList changes{
+        u"IFD0:Orientation"_s,     u"File:ImageWidth"_s,        u"File:ImageHeight"_s,
+        u"File:EncodingProcess"_s, u"Composite:ImageSize"_s,    u"SourceFile"_s,
+        u"XMP-tiff:Orientation"_s, u"ExifIFD:ExifImageWidth"_s, u"ExifIFD:ExifImageHeight"_s,
+        u"XMP-tiff:ImageWidth"_s,  u"XMP-tiff:ImageHeight"_s,   u"IFD1:ThumbnailOffset"_s,
+        u"IFD1:ThumbnailLength"_s, u"IFD1:ThumbnailImage"_s,    u"Composite:Megapixels"_s};
     // Without the tool the XMP library rewrites the EXIF block from its own copy: these must survive.
     const QStringList kept{
         u"IFD0:Make"_s,          u"ExifIFD:ExposureTime"_s,           u"ExifIFD:DateTimeOriginal"_s,
@@ -348,7 +350,8 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
             const auto after = alltags(path);
             // The size everywhere it is given, the thumbnail turned with the picture. The XMP library
             // keeps the size in EXIF alone: it drops the XMP copy.
-            const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
+            const bool quarter =
+                action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
             const QString size = quarter ? u"32 48"_s : u"48 32"_s;
             EXPECT_EQ(exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s,
                                 u"-ExifImageWidth"_s, u"-ExifImageHeight"_s, u"-XMP-tiff:ImageWidth"_s,
@@ -360,8 +363,8 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
                                  .arg(tool ? size + u" "_s + size : size));
             if (dpi) {
                 exiftool({u"-b"_s, u"-ThumbnailImage"_s, u"-w"_s, u"_thumbnail.jpg"_s, path});
-                const QString thumbnail = QFileInfo(path).path() + u"/"_s + QFileInfo(path).baseName() +
-                                          u"_thumbnail.jpg"_s;
+                const QString thumbnail =
+                    QFileInfo(path).path() + u"/"_s + QFileInfo(path).baseName() + u"_thumbnail.jpg"_s;
                 EXPECT_LE(maxdifference(decodejpeg(thumbnail), turned(pattern(32, 24), action)), 12);
                 QFile::remove(thumbnail);
             }
@@ -413,9 +416,9 @@ QByteArray exifblock(const std::vector<std::array<quint32, 4>>& entries, const Q
 QByteArray multipicture(const QByteArray& primary, const QByteArray& second, const QByteArray& trailer) {
     QByteArray tiff("II*\0\x08\0\0\0", 8);
     append16(tiff, 3);
-    for (const std::array<quint32, 4>& e : {std::array<quint32, 4>{0xB000, 7, 4, 0x30303130},
-                                            std::array<quint32, 4>{0xB001, 4, 1, 2},
-                                            std::array<quint32, 4>{0xB002, 7, 32, 50}}) {
+    for (const std::array<quint32, 4>& e :
+         {std::array<quint32, 4>{0xB000, 7, 4, 0x30303130}, std::array<quint32, 4>{0xB001, 4, 1, 2},
+          std::array<quint32, 4>{0xB002, 7, 32, 50}}) {
         append16(tiff, quint16(e[0]));
         append16(tiff, quint16(e[1]));
         append32(tiff, e[2]);
@@ -450,7 +453,7 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
         QString tags;  // what exiftool -n reads back, in order, of these:
         QString notes; // beside the turned photo
     };
-    const QStringList read{u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s, u"-IFD0:XResolution"_s,
+    const QStringList read{u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s,  u"-IFD0:XResolution"_s,
                            u"-IFD0:YResolution"_s, u"-IFD0:ResolutionUnit"_s,   u"-JFIF:ResolutionUnit"_s,
                            u"-JFIF:XResolution"_s, u"-MPImage2:MPImageLength"_s};
     const Case cases[] = {
@@ -459,7 +462,8 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
              writetaggedphoto(path, 48, 32, 6, 300);
              writebytes(path, multipicture(readbytes(path), second, video));
          },
-         u"1 300 300 2 1 300 %1"_s.arg(second.size()), {}},
+         u"1 300 300 2 1 300 %1"_s.arg(second.size()),
+         {}},
         // The JFIF density follows EXIF's, in the same unit.
         {u"centimetres.jpg"_s,
          [](const QString& path) {
@@ -467,21 +471,26 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
              writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=118"_s,
                               u"-EXIF:YResolution=119"_s, u"-EXIF:ResolutionUnit=3"_s});
          },
-         u"1 118 119 3 2 118"_s, {}},
+         u"1 118 119 3 2 118"_s,
+         {}},
         {u"zero.jpg"_s,
          [](const QString& path) {
              writepattern(path, 48, 32);
-             writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=0"_s, u"-EXIF:YResolution=0"_s});
+             writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=0"_s,
+                              u"-EXIF:YResolution=0"_s});
          },
-         u"1 72 72 2 1 72"_s, {}},
+         u"1 72 72 2 1 72"_s,
+         {}},
         // The tool refuses to write a block with a bad entry: the orientation is set all the same.
         {u"badentry.jpg"_s,
          [](const QString& path) {
              writepattern(path, 48, 32);
              writetags(path, {u"-n"_s, u"-XMP-tiff:Orientation=6"_s});
-             insertsegment(path, 0xE1,
-                           exifblock({{0x010F, 2, 50, 0x7FFF0000}, {0x0112, 3, 1, 6}, {0x011A, 5, 1, 62}, {0x011B, 5, 1, 62}},
-                                     QByteArray("\x2c\x01\0\0\x01\0\0\0", 8)));
+             insertsegment(
+                 path, 0xE1,
+                 exifblock(
+                     {{0x010F, 2, 50, 0x7FFF0000}, {0x0112, 3, 1, 6}, {0x011A, 5, 1, 62}, {0x011B, 5, 1, 62}},
+                     QByteArray("\x2c\x01\0\0\x01\0\0\0", 8)));
          },
          u"1 300 300 1 300"_s, u"refused"_s}, // the XMP library keeps the orientation in EXIF alone
         // An EXIF block that isn't TIFF: no orientation to set, and no tags can be added.
@@ -501,9 +510,11 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
             const auto reports = run({row(c.name)}, {.uselosslessrotation = lossless, .quality = 100});
             ASSERT_EQ(reports.size(), 1u);
             EXPECT_EQ(reports[0].outcome, PhotoOutcome::Turned) << qPrintable(reports[0].reason);
-            EXPECT_EQ(reports[0].notes.join(u"; "_s).contains(c.notes), true) << qPrintable(reports[0].notes.join(u"; "_s));
+            EXPECT_EQ(reports[0].notes.join(u"; "_s).contains(c.notes), true)
+                << qPrintable(reports[0].notes.join(u"; "_s));
             EXPECT_EQ(reports[0].notes.isEmpty(), c.notes.isEmpty());
-            EXPECT_LE(maxdifference(decodejpeg(path), turned(before, Action::Rotate90Clockwise)), lossless ? idcttolerance : 8);
+            EXPECT_LE(maxdifference(decodejpeg(path), turned(before, Action::Rotate90Clockwise)),
+                      lossless ? idcttolerance : 8);
             EXPECT_EQ(exiftool(read + QStringList{u"-s3"_s, u"-n"_s, path}).simplified(), c.tags);
         }
     }
@@ -525,7 +536,8 @@ QMap<QByteArray, QByteArray> attributes(const QString& path) {
     for (const QByteArray& name : names.split('\0')) {
         QByteArray value(4096, '\0');
         if (!name.isEmpty())
-            all[name] = value.left(std::max<ssize_t>(::getxattr(native.constData(), name.constData(), value.data(), 4096), 0));
+            all[name] = value.left(
+                std::max<ssize_t>(::getxattr(native.constData(), name.constData(), value.data(), 4096), 0));
     }
     return all;
 }
@@ -550,7 +562,9 @@ TEST_F(Runs, ALinkedPhotoTurnsThroughItsLinkOrIsRefusedAndAttributesComeOver) {
     append32(acl, 2);
     entry(0x01, 6, 0xFFFFFFFF), entry(0x02, 4, 12345), entry(0x04, 0, 0xFFFFFFFF), entry(0x10, 4, 0xFFFFFFFF),
         entry(0x20, 4, 0xFFFFFFFF);
-    ASSERT_EQ(::setxattr(attributed.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0), 0);
+    ASSERT_EQ(
+        ::setxattr(attributed.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0),
+        0);
     ASSERT_EQ(::setxattr(attributed.constData(), "user.note", "harbour", 7, 0), 0);
     struct stat before {};
     ::stat(attributed.constData(), &before);
@@ -579,7 +593,8 @@ TEST_F(Runs, APhotoIsTurnedOnceWhenListedTwiceOrByTwoRunsAtOnce) {
     writetaggedphoto(dir.filePath(u"p.jpg"_s), 48, 32, 6, 300);
     const Pixels before = decodejpeg(dir.filePath(u"p.jpg"_s));
     QFile::link(dir.path(), dir.filePath(u"alias"_s)); // a folder and a symlinked alias of it
-    PhotoRow p = row(u"p.jpg"_s), alias{u"p.jpg"_s, Action::Rotate90Clockwise, dir.filePath(u"alias/p.jpg"_s)};
+    PhotoRow p = row(u"p.jpg"_s),
+             alias{u"p.jpg"_s, Action::Rotate90Clockwise, dir.filePath(u"alias/p.jpg"_s)};
     p.fromexif = alias.fromexif = true;
     const auto reports = run({p, alias, p});
     ASSERT_EQ(reports.size(), 3u);
