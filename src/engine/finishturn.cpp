@@ -14,7 +14,8 @@ namespace {
 
 Status writeworking(const QString& working, const QByteArray& bytes) {
     if (Status written = writewholefile(working, bytes.constData(), bytes.size()); !written)
-        return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return Status::failure(
+            QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
     return Status::success();
 }
 
@@ -35,26 +36,34 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     auto read = readwholefile(working);
     if (!read)
         return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(read.reason()));
-    const auto patch = setupright(read.value(), transformfor(action));
+    QByteArray turned = std::move(read.value());
+    const auto patch = setupright(turned, transformfor(action));
     if (!patch)
         return patch.status();
-    if (Status written = writeworking(working, *read); !written)
-        return written;
-    if (Status upright = updatedpinonstore(tool, working, *patch, notes); !upright)
-        return upright;
-
+    // Most photos need no other writer, and their new content is written once, below.
+    const bool others = patch->needswriters();
+    if (others) {
+        if (Status written = writeworking(working, turned); !written)
+            return written;
+        if (Status upright = updatedpinonstore(tool, working, *patch, notes); !upright)
+            return upright;
+        auto tagged = readwholefile(working);
+        if (!tagged)
+            return Status::failure(
+                QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
+        turned = std::move(tagged.value());
+    }
     // The trailer comes last: the tool, rewriting the file, would leave an MPF index pointing
     // where the pictures stood before it.
-    auto tagged = readwholefile(working);
-    if (!tagged)
-        return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
     if (!trailer.isEmpty()) {
-        if (Status carried = carrytrailer(*original, trailer, tagged.value()); !carried)
+        if (Status carried = carrytrailer(*original, trailer, turned); !carried)
             return carried;
-        if (Status written = writeworking(working, *tagged); !written)
+    }
+    if (!others || !trailer.isEmpty()) {
+        if (Status written = writeworking(working, turned); !written)
             return written;
     }
-    return checkjpeg(*tagged, {rotated.size, before->colorspace, trailer});
+    return checkjpeg(turned, {rotated.size, before->colorspace, trailer});
 }
 
 } // namespace pivotel

@@ -19,13 +19,16 @@ struct ExifResolution {
 // What setting a turned photo's EXIF block upright did, and what is left for the metadata
 // tool, which alone can add entries to the block or reach the XMP packet.
 struct UprightPatch {
-    QSize size;                      // the picture's size, from its frame header
-    bool orientationset = false;     // IFD0 had an Orientation, which now reads 1
-    bool dimensionsset = true;       // false when the Exif IFD's size entries can't hold the size
-    bool hasxmp = false;             // an XMP packet whose orientation and size the tool must set
+    QSize size;                  // the picture's size, from its frame header
+    bool orientationset = false; // IFD0 had an Orientation, which now reads 1
+    bool dimensionsset = true;   // false when the Exif IFD's size entries can't hold the size
+    bool hasxmp = false;         // an XMP packet whose orientation and size the tool must set
     // The resolution the EXIF block lacks (missing, zero or unreadable), to be added: the JFIF
     // density's when it has one, else 72 dpi.
     std::optional<ExifResolution> missingresolution;
+
+    // Whether anything is left for the metadata tool (or the XMP library) to write.
+    bool needswriters() const { return hasxmp || !dimensionsset || !orientationset || missingresolution; }
 };
 
 // Sets the metadata of a turned photo upright in `jpeg`, its whole new file, changing nothing

@@ -12,12 +12,12 @@ constexpr quint16 mpentrytag = 0xB002;
 constexpr qsizetype entrysize = 16;
 
 // The MP index of a file: where its TIFF structure starts in the file (the base of every
-// offset), and its entries.
+// offset) and how long it is, and where its entries stand in it.
 struct MpIndex {
     qsizetype base = -1;
-    qsizetype entries = -1; // the first entry's position in the file
+    qsizetype size = 0;
+    qsizetype entries = -1; // the first entry's offset from the base
     qsizetype count = 0;
-    bool bigendian = false;
 };
 
 MpIndex mpindex(const QByteArray& jpeg) {
@@ -27,8 +27,9 @@ MpIndex mpindex(const QByteArray& jpeg) {
             continue;
         MpIndex index;
         index.base = body.data() + mpfsignature.size() - jpeg.constData();
+        index.size = body.size() - mpfsignature.size();
         const TiffBlock tiff(reinterpret_cast<const unsigned char*>(jpeg.constData()) + index.base,
-                             body.size() - mpfsignature.size());
+                             index.size);
         const qsizetype entry = tiff.find(tiff.ifd0(), mpentrytag);
         if (entry < 0)
             return MpIndex{};
@@ -36,9 +37,8 @@ MpIndex mpindex(const QByteArray& jpeg) {
         const quint32 offset = tiff.read32(entry + 8);
         if (offset > quint32(tiff.size()) || bytes > quint32(tiff.size()) - offset)
             return MpIndex{};
-        index.entries = index.base + qsizetype(offset);
+        index.entries = qsizetype(offset);
         index.count = qsizetype(bytes) / entrysize;
-        index.bigendian = tiff.bigendian();
         return index;
     }
     return MpIndex{};
@@ -51,22 +51,16 @@ struct MpEntry {
 };
 
 MpEntry readentry(const QByteArray& jpeg, const MpIndex& index, qsizetype i) {
-    const auto* p = reinterpret_cast<const unsigned char*>(jpeg.constData()) + index.entries + i * entrysize;
-    const auto read32 = [&](const unsigned char* q) {
-        return index.bigendian ? (quint32(q[0]) << 24 | quint32(q[1]) << 16 | quint32(q[2]) << 8 | q[3])
-                               : (quint32(q[3]) << 24 | quint32(q[2]) << 16 | quint32(q[1]) << 8 | q[0]);
-    };
-    return {read32(p + 4), read32(p + 8)};
+    const TiffBlock tiff(reinterpret_cast<const unsigned char*>(jpeg.constData()) + index.base, index.size);
+    const qsizetype at = index.entries + i * entrysize;
+    return {tiff.read32(at + 4), tiff.read32(at + 8)};
 }
 
 void writeentry(QByteArray& jpeg, const MpIndex& index, qsizetype i, MpEntry entry) {
-    auto* p = reinterpret_cast<unsigned char*>(jpeg.data()) + index.entries + i * entrysize;
-    const auto write32 = [&](unsigned char* q, quint32 value) {
-        for (int b = 0; b < 4; ++b)
-            q[index.bigendian ? 3 - b : b] = uchar(value >> (8 * b));
-    };
-    write32(p + 4, entry.size);
-    write32(p + 8, entry.offset);
+    TiffBlock tiff(reinterpret_cast<unsigned char*>(jpeg.data()) + index.base, index.size);
+    const qsizetype at = index.entries + i * entrysize;
+    tiff.write32(at + 4, entry.size);
+    tiff.write32(at + 8, entry.offset);
 }
 
 bool startspicture(QByteArrayView data, qint64 at) {

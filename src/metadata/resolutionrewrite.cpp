@@ -3,13 +3,12 @@
 #include "metadata/exiftool.h"
 #include "metadata/xmpfile.h"
 
-#include <exempi/xmpconsts.h>
-
 #include <cmath>
+#include <exempi/xmpconsts.h>
 
 namespace pivotel {
 
-Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
+Status xmpupright(const QString& path, qint64 dpi) {
     auto file = XmpFile::openforupdate(path);
     if (!file)
         return file.status();
@@ -22,7 +21,7 @@ Status xmpupright(const QString& path, qint64 dpi, Resolution resolution) {
         return Status::failure(xmperrortext());
     // The library has read the EXIF block's resolution into the packet along with the rest.
     const bool known = meta.hasproperty(NS_TIFF, "XResolution") && meta.hasproperty(NS_TIFF, "YResolution");
-    if (resolution == Resolution::Given || !known) {
+    if (!known) {
         const QString text = QString::number(dpi);
         if (!meta.setproperty(NS_TIFF, "XResolution", text) ||
             !meta.setproperty(NS_TIFF, "YResolution", text))
@@ -45,22 +44,24 @@ QString number(double value) {
 // left as it was, it would turn the photo again in a viewer that reads it. Tags the EXIF block
 // lacks are only missing: the photo shows upright without them.
 Status bylibrary(const QString& path, const UprightPatch& patch, const QString& why, QStringList& notes) {
-    const bool adding = !patch.orientationset || patch.missingresolution;
-    if (!patch.hasxmp && !adding)
-        return Status::success();
+    if (!patch.hasxmp && patch.orientationset && !patch.missingresolution)
+        return Status::success(); // only sizes the library can't reach
     const qint64 dpi = std::llround(patch.missingresolution.value_or(ExifResolution{}).y);
-    Status library = xmpupright(path, dpi, Resolution::KeepKnown);
+    Status library = xmpupright(path, dpi);
     if (!library && patch.hasxmp)
         return Status::failure(
             QStringLiteral("the orientation tag can't be set upright: %1 (%2)").arg(library.reason(), why));
     if (!library)
-        notes << QStringLiteral("its missing orientation and resolution tags could not be added (%1)").arg(why);
+        notes
+            << QStringLiteral("its missing orientation and resolution tags could not be added (%1)").arg(why);
     return Status::success();
 }
 
 } // namespace
 
 Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch, QStringList& notes) {
+    if (!patch.needswriters())
+        return Status::success();
     if (!tool.exists())
         return bylibrary(path, patch, QStringLiteral("the metadata tool is missing"), notes);
     const QString width = QString::number(patch.size.width());
@@ -68,9 +69,10 @@ Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch
     if (patch.hasxmp || !patch.dimensionsset) {
         // Only tags the photo has: -wm w adds none.
         const ToolResult written = tool.run(
-            {QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"), QStringLiteral("-Orientation=1"),
-             QStringLiteral("-ExifImageWidth=") + width, QStringLiteral("-ExifImageHeight=") + height,
-             QStringLiteral("-XMP-tiff:ImageWidth=") + width, QStringLiteral("-XMP-tiff:ImageHeight=") + height,
+            {QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"),
+             QStringLiteral("-Orientation=1"), QStringLiteral("-ExifImageWidth=") + width,
+             QStringLiteral("-ExifImageHeight=") + height, QStringLiteral("-XMP-tiff:ImageWidth=") + width,
+             QStringLiteral("-XMP-tiff:ImageHeight=") + height,
              QStringLiteral("-overwrite_original_in_place"), path});
         if (!written.ok()) {
             if (Status library = bylibrary(path, patch, written.failuretext(), notes); !library)

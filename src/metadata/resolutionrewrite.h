@@ -28,14 +28,9 @@ class ExifTool;
 [[nodiscard]] Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch,
                                        QStringList& notes);
 
-// Which resolution the library's way writes.
-enum class Resolution {
-    Given,     // `dpi`, always
-    KeepKnown, // the photo's own where it has one, else `dpi`
-};
-
-// The library's way: open for update, TIFF "Orientation" "1", "XResolution" and "YResolution"
-// the decimal text of `dpi`, written with a safe update. Fails when the library refuses the file.
-[[nodiscard]] Status xmpupright(const QString& path, qint64 dpi, Resolution resolution = Resolution::Given);
+// The library's way: open for update, TIFF "Orientation" "1", and "XResolution" and
+// "YResolution" the decimal text of `dpi` where the photo has none of its own, written with a
+// safe update. Fails when the library refuses the file.
+[[nodiscard]] Status xmpupright(const QString& path, qint64 dpi);
 
 } // namespace pivotel
