@@ -1,18 +1,18 @@
 #include "engine/photorewrite.h"
 
 #include "support/fileio.h"
-#include "support/places.h"
 #include "support/nativepath.h"
+#include "support/places.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtGlobal>
 #include <QRegularExpression>
+#include <QtGlobal>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <cstdlib>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -34,21 +34,54 @@ Status syncfolder(const QString& folder) {
 
 const QString besidesuffix = QStringLiteral(".pivotel-xtemp");
 
-QString lockfile(const QString& datafolder) {
-    return datafolder + QStringLiteral("/xtemp.lock");
+// Each slot is one rewrite's set of files in the data folder; slot 0's are the plain names.
+QString slotfile(const QString& datafolder, int slot, const char* ending) {
+    const QString number = slot == 0 ? QString() : QString::number(slot + 1);
+    return datafolder + QStringLiteral("/xtemp") + number + QLatin1String(ending);
 }
 
-QString datafolderworking(const QString& datafolder) {
-    return datafolder + QStringLiteral("/xtemp.jpg");
+QString lockfile(const QString& datafolder, int slot) {
+    return slotfile(datafolder, slot, ".lock");
+}
+
+QString datafolderworking(const QString& datafolder, int slot) {
+    return slotfile(datafolder, slot, ".jpg");
 }
 
 // Names the working file beside a photo while it may exist.
-QString journalfile(const QString& datafolder) {
-    return datafolder + QStringLiteral("/xtemp.beside");
+QString journalfile(const QString& datafolder, int slot) {
+    return slotfile(datafolder, slot, ".beside");
 }
 
-Status notebeside(const QString& datafolder, const QString& working) {
-    const QString journal = journalfile(datafolder);
+// Takes the lock of a free slot, `preferred` first; when every slot is in use, waits for
+// `preferred`. Answers the slot, or -1 with errno set.
+int takeslot(const QString& datafolder, int preferred, UniqueFd& lock) {
+    const auto open = [&](int slot) {
+        return UniqueFd(
+            ::open(native(lockfile(datafolder, slot)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    };
+    for (int i = 0; i < rewriteslots; ++i) {
+        const int slot = (preferred + i) % rewriteslots;
+        UniqueFd fd = open(slot);
+        if (!fd.valid())
+            return -1;
+        if (::flock(fd.get(), LOCK_EX | LOCK_NB) == 0) {
+            lock = std::move(fd);
+            return slot;
+        }
+    }
+    lock = open(preferred);
+    if (!lock.valid())
+        return -1;
+    while (::flock(lock.get(), LOCK_EX) != 0) {
+        if (errno != EINTR)
+            return -1;
+    }
+    return preferred;
+}
+
+Status notebeside(const QString& datafolder, int slot, const QString& working) {
+    const QString journal = journalfile(datafolder, slot);
     const QByteArray path = native(working);
     if (Status written = writewholefile(journal, path.constData(), path.size(), 0600); !written)
         return written;
@@ -85,7 +118,8 @@ Status copyattributes(int from, int to) {
             continue;
         const ssize_t valuesize = ::fgetxattr(from, name.constData(), nullptr, 0);
         QByteArray value(qMax<ssize_t>(valuesize, 0), Qt::Uninitialized);
-        const ssize_t got = valuesize < 0 ? -1 : ::fgetxattr(from, name.constData(), value.data(), size_t(value.size()));
+        const ssize_t got =
+            valuesize < 0 ? -1 : ::fgetxattr(from, name.constData(), value.data(), size_t(value.size()));
         if (got < 0 || ::fsetxattr(to, name.constData(), value.constData(), size_t(got), 0) != 0)
             return Status::failure(QStringLiteral("its extended attribute %1 can't be carried over (%2)")
                                        .arg(QString::fromUtf8(name), errnotext(errno)));
@@ -95,7 +129,8 @@ Status copyattributes(int from, int to) {
 
 } // namespace
 
-Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder) {
+Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder,
+                                                          int preferredslot) {
     std::unique_ptr<PhotoRewrite> rewrite(new PhotoRewrite());
     // A photo reached through a symbolic link is replaced where it lies; the link stays a link.
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native(photo).constData(), nullptr),
@@ -125,14 +160,9 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
 
     if (!ensurefolder(datafolder))
         return Status::failure(QStringLiteral("the data folder %1 can't be made").arg(datafolder));
-    rewrite->lock_ =
-        UniqueFd(::open(native(lockfile(datafolder)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    if (!rewrite->lock_.valid())
+    rewrite->slot_ = takeslot(datafolder, qBound(0, preferredslot, rewriteslots - 1), rewrite->lock_);
+    if (rewrite->slot_ < 0)
         return Status::failure(QStringLiteral("the data folder can't be written (%1)").arg(errnotext(errno)));
-    while (::flock(rewrite->lock_.get(), LOCK_EX) != 0) {
-        if (errno != EINTR)
-            return Status::failure(errnotext(errno));
-    }
 
     struct stat datastat {};
     const bool samefilesystem =
@@ -140,10 +170,10 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     rewrite->datafolder_ = datafolder;
     rewrite->beside_ = !samefilesystem;
     rewrite->working_ = samefilesystem
-                            ? datafolderworking(datafolder)
+                            ? datafolderworking(datafolder, rewrite->slot_)
                             : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;
     if (rewrite->beside_) {
-        if (Status noted = notebeside(datafolder, rewrite->working_); !noted)
+        if (Status noted = notebeside(datafolder, rewrite->slot_, rewrite->working_); !noted)
             return Status::failure(
                 QStringLiteral("the data folder can't be written (%1)").arg(noted.reason()));
     }
@@ -157,7 +187,7 @@ PhotoRewrite::~PhotoRewrite() {
     if (!committed_)
         removeworkingfiles(working_);
     if (beside_)
-        ::unlink(native(journalfile(datafolder_)).constData());
+        ::unlink(native(journalfile(datafolder_, slot_)).constData());
 }
 
 Status PhotoRewrite::commit() {
@@ -191,29 +221,32 @@ Status PhotoRewrite::commit() {
     // The photo is in place either way; a folder that can't be flushed (some network file
     // systems refuse) leaves only the rename's timing on disk to the system.
     if (Status synced = syncfolder(QFileInfo(photo_).absolutePath()); !synced)
-        qWarning("pivotel: %s: the folder could not be flushed: %s", qPrintable(photo_), qPrintable(synced.reason()));
+        qWarning("pivotel: %s: the folder could not be flushed: %s", qPrintable(photo_),
+                 qPrintable(synced.reason()));
     return Status::success();
 }
 
 void cleanleftovers(const QString& datafolder) {
-    UniqueFd lock(::open(native(lockfile(datafolder)).constData(), O_RDWR | O_CLOEXEC));
-    if (!lock.valid())
-        return; // no run has ever been here
-    // A run in another process holds the lock; its working files are in use.
-    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
-        return;
-    removeworkingfiles(datafolderworking(datafolder));
-    const QString journal = journalfile(datafolder);
-    const auto noted = readwholefile(journal);
-    if (noted) {
-        const QString working = pathfromnative(noted.value());
-        const QString name = QFileInfo(working).fileName();
-        // Only ever a file this program named.
-        if (QFileInfo(working).isAbsolute() && name.startsWith(QLatin1Char('.')) &&
-            name.endsWith(besidesuffix))
-            removeworkingfiles(working);
+    for (int slot = 0; slot < rewriteslots; ++slot) {
+        UniqueFd lock(::open(native(lockfile(datafolder, slot)).constData(), O_RDWR | O_CLOEXEC));
+        if (!lock.valid())
+            continue; // no run has ever used this slot
+        // A run in another process holds the lock; its working files are in use.
+        if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
+            continue;
+        removeworkingfiles(datafolderworking(datafolder, slot));
+        const QString journal = journalfile(datafolder, slot);
+        const auto noted = readwholefile(journal);
+        if (noted) {
+            const QString working = pathfromnative(noted.value());
+            const QString name = QFileInfo(working).fileName();
+            // Only ever a file this program named.
+            if (QFileInfo(working).isAbsolute() && name.startsWith(QLatin1Char('.')) &&
+                name.endsWith(besidesuffix))
+                removeworkingfiles(working);
+        }
+        ::unlink(native(journal).constData());
     }
-    ::unlink(native(journal).constData());
 }
 
 } // namespace pivotel

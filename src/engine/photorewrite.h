@@ -15,18 +15,24 @@ namespace pivotel {
 //
 // The working file is "xtemp.jpg" in the data folder when that lies on the photo's file system;
 // otherwise a hidden file beside the photo, since rename(2) can't cross file systems.
-// Only one rewrite at a time may use the data folder, across processes too: a lock on it is
-// held for the rewrite's life.
+// Rewrites that run at once, in one process or several, each take a slot of their own, whose
+// lock is held for the rewrite's life: slot 0 works in "xtemp.jpg", slot 1 in "xtemp2.jpg", and
+// so on. The metadata dump of the photo in work takes the slot's number too.
 //
 // The working file, and the files the tool and the XMP library name after it while they write
 // it, go when the rewrite ends; only a killed program leaves them, and cleanleftovers() removes
 // them at the next start. A working file beside a photo is named in a journal in the data
 // folder for as long as it may exist, so that it can be found then.
+// The most rewrites that can run at once in one data folder.
+inline constexpr int rewriteslots = 64;
+
 class PhotoRewrite {
   public:
     // Prepares the rewrite of `photo` (of the file it names, through any symbolic links); fails
     // when the photo or its folder can't be written, or the photo has several hard links.
-    static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder);
+    // A free slot is taken, `preferredslot` first; when all are busy, it waits for that one.
+    static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder,
+                                                       int preferredslot = 0);
 
     PhotoRewrite(const PhotoRewrite&) = delete;
     PhotoRewrite& operator=(const PhotoRewrite&) = delete;
@@ -35,6 +41,7 @@ class PhotoRewrite {
 
     const QString& photo() const { return photo_; }
     const QString& workingpath() const { return working_; }
+    int slot() const { return slot_; }
 
     // Flushes the working file, gives it the photo's owner, exact permission bits, extended
     // attributes and ACLs, and renames it over the photo.
@@ -50,6 +57,7 @@ class PhotoRewrite {
     gid_t gid_ = 0;
     QString datafolder_;
     bool beside_ = false;
+    int slot_ = 0;
     UniqueFd lock_;
     bool committed_ = false;
 };

@@ -2,9 +2,9 @@
 
 #include "engine/filedates.h"
 #include "engine/finishturn.h"
-#include "engine/photolock.h"
 #include "engine/losslessrotate.h"
 #include "engine/normalrotate.h"
+#include "engine/photolock.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
@@ -24,7 +24,9 @@ namespace pivotel {
 
 class RunSession::Worker : public QThread {
   public:
-    explicit Worker(RunSession& session) : session_(session) { setObjectName(QStringLiteral("processthread")); }
+    explicit Worker(RunSession& session) : session_(session) {
+        setObjectName(QStringLiteral("processthread"));
+    }
 
   protected:
     void run() override { session_.processall(); }
@@ -85,13 +87,17 @@ void RunSession::processall() {
         try {
             const qint64 same = first[static_cast<size_t>(i)];
             if (same != i)
-                record({i, photo, PhotoOutcome::Skipped,
-                        QStringLiteral("same photo as %1").arg(filelist_[static_cast<size_t>(same)].path), {}});
+                record({i,
+                        photo,
+                        PhotoOutcome::Skipped,
+                        QStringLiteral("same photo as %1").arg(filelist_[static_cast<size_t>(same)].path),
+                        {}});
             else
                 record(processphoto(i, photo, tool));
         } catch (const std::bad_alloc&) {
             // The photo's working file went with its rewrite; the next photo may well fit.
-            record({i, photo, PhotoOutcome::Failed, QStringLiteral("too large for the memory available"), {}});
+            record(
+                {i, photo, PhotoOutcome::Failed, QStringLiteral("too large for the memory available"), {}});
         } catch (const std::exception& error) {
             record({i, photo, PhotoOutcome::Failed, QString::fromLocal8Bit(error.what()), {}});
         }
@@ -123,7 +129,9 @@ PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTo
     if (photo.fromexif) {
         const std::optional<Action> now = getorientation(photo.path);
         if (now && *now != photo.action)
-            return {index, photo, PhotoOutcome::Skipped,
+            return {index,
+                    photo,
+                    PhotoOutcome::Skipped,
                     *now == Action::AsIs ? QStringLiteral("already upright")
                                          : QStringLiteral("its EXIF orientation changed since it was listed"),
                     {}};
@@ -136,7 +144,9 @@ PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTo
 }
 
 Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool, QStringList& notes) {
-    const auto step = [&](const char* text) { emit photostep(index, QString::fromLatin1(text)); };
+    const auto step = [&](const char* text) {
+        emit photostep(index, QString::fromLatin1(text));
+    };
     // Read before anything touches the file.
     std::optional<FileDates> dates;
     if (options_.preservedates) {
@@ -152,13 +162,13 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool
     const QString& working = rewrite.value()->workingpath();
 
     step("dumping its metadata");
-    ExifTransplant transplant(tool, pexiffolder(places_.datafolder));
+    ExifTransplant transplant(tool, pexiffolder(places_.datafolder), rewrite.value()->slot());
     if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
         return dumped;
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
-    const Result<Rotation> rotated = options_.uselosslessrotation
-                                         ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
-                                         : normalrotatenew(photo.path, photo.action, working, options_.quality);
+    const Result<Rotation> rotated =
+        options_.uselosslessrotation ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
+                                     : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
     notes = rotated->notes;

@@ -8,8 +8,8 @@
 
 namespace pivotel {
 
-ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder)
-    : tool_(tool), pexiffolder_(std::move(pexiffolder)) {
+ExifTransplant::ExifTransplant(ExifTool& tool, QString pexiffolder, int slot)
+    : tool_(tool), pexiffolder_(std::move(pexiffolder)), slot_(slot) {
 }
 
 ExifTransplant::~ExifTransplant() {
@@ -17,7 +17,7 @@ ExifTransplant::~ExifTransplant() {
 }
 
 QString ExifTransplant::dumpfile() const {
-    return pexiffolder_ + QStringLiteral("/1.xml");
+    return pexiffolder_ + QStringLiteral("/%1.xml").arg(slot_ + 1);
 }
 
 Status ExifTransplant::judge(const QString& step, const ToolResult& result) {

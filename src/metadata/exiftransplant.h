@@ -10,8 +10,8 @@ namespace pivotel {
 class ExifTool;
 
 // The record of a photo's metadata before its turn: all of it is dumped to "1.xml" in the dump
-// folder (the owner's alone, since it holds where the photo was taken) before the turn
-// (extractexiftofile). The dump lives as long as the transplant.
+// folder ("2.xml" and on for the further photos a run turns at once) (the owner's alone, since it holds where
+// the photo was taken) before the turn (extractexiftofile). The dump lives as long as the transplant.
 //
 // The EXIF block itself crosses the rewrite byte for byte: both rotators carry every marker
 // segment of the photo into the new file. Copying it back from the dump would pass every value
@@ -19,7 +19,8 @@ class ExifTool;
 // 23917/4049), so nothing is copied back.
 class ExifTransplant {
   public:
-    ExifTransplant(ExifTool& tool, QString pexiffolder);
+    // `slot`: which of the photos in work at once this one is, from 0.
+    ExifTransplant(ExifTool& tool, QString pexiffolder, int slot = 0);
     // The dump goes with the photo's turn, whatever its outcome.
     ~ExifTransplant();
     ExifTransplant(const ExifTransplant&) = delete;
@@ -29,7 +30,7 @@ class ExifTransplant {
     // "-struct") into the dump file, the tool's output followed by a line end.
     Status extractexiftofile(const QString& photo);
 
-    // "1.xml" in the dump folder.
+    // "1.xml" in the dump folder for slot 0, "2.xml" for slot 1, ...
     QString dumpfile() const;
 
   private:
@@ -37,6 +38,7 @@ class ExifTransplant {
 
     ExifTool& tool_;
     QString pexiffolder_;
+    int slot_ = 0;
 };
 
 } // namespace pivotel
