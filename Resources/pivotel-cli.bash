@@ -22,11 +22,13 @@ _pivotel_cli() {
     --action) COMPREPLY=($(compgen -W 'cw ccw 180 flip asis' -- "$cur")); return ;;
     --odd-sizes) COMPREPLY=($(compgen -W 'trim reencode keep' -- "$cur")); return ;;
     --quality) COMPREPLY=($(compgen -W '75 80 85 90 95 100' -- "$cur")); return ;;
+    -j | --jobs) COMPREPLY=($(compgen -W "$(seq 1 "$(nproc 2>/dev/null || echo 4)")" -- "$cur")); return ;;
+    --memory-limit) COMPREPLY=($(compgen -W '512M 1G 2G 4G 8G' -- "$cur")); return ;;
     esac
     case $cur in
     -*)
         COMPREPLY=($(compgen -W '--no-recursive --action --reencode --quality --odd-sizes --process-all
-            --preserve-dates --dry-run --json -q --quiet -v --verbose -h --help -V --version --' -- "$cur"))
+            --preserve-dates -j --jobs --memory-limit --dry-run --json -q --quiet -v --verbose -h --help -V --version --' -- "$cur"))
         return
         ;;
     esac

@@ -1,11 +1,13 @@
 #include "app/settingsstore.h"
 
+#include "engine/runoptions.h"
 #include "support/appidentity.h"
 
 #include <QIODevice>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSettings>
+#include <cmath>
 
 namespace pivotel {
 
@@ -18,6 +20,7 @@ const QString keyuseexiforientation = QStringLiteral("useexiforientation");
 const QString keyuselosslessrotation = QStringLiteral("uselosslessrotation");
 const QString keyjpgquality = QStringLiteral("jpgquality");
 const QString keyoddsizes = QStringLiteral("oddsizes");
+const QString keyparallel = QStringLiteral("parallel");
 
 // Qt's INI files keep no types ("true" and the text "true" read back alike), so outside macOS,
 // whose native store keeps them, the options are kept as JSON, which does.
@@ -75,6 +78,14 @@ Settings loadsettings() {
     const QVariant oddsizes = store.value(keyoddsizes);
     if (oddsizes.typeId() == QMetaType::QString)
         settings.oddsizes = oddsizesfromword(oddsizes.toString()).value_or(settings.oddsizes);
+    // JSON keeps every number as a double; only a whole count in range is taken.
+    const QVariant parallel = store.value(keyparallel);
+    if (parallel.typeId() == QMetaType::Double || parallel.typeId() == QMetaType::Int ||
+        parallel.typeId() == QMetaType::LongLong) {
+        const double count = parallel.toDouble();
+        if (count >= 0 && count <= maxjobs && count == std::trunc(count))
+            settings.parallel = int(count);
+    }
 
     // A quality of 0 would make an unusable photo; it stands for the old default.
     QString trimmed = settings.jpgquality;
@@ -94,6 +105,7 @@ void savesettings(const Settings& settings) {
     store.setValue(keyuselosslessrotation, settings.uselosslessrotation);
     store.setValue(keyjpgquality, settings.jpgquality);
     store.setValue(keyoddsizes, oddsizesword(settings.oddsizes));
+    store.setValue(keyparallel, settings.parallel);
     store.sync();
 }
 

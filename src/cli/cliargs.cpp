@@ -1,5 +1,7 @@
 #include "cli/cliargs.h"
 
+#include "support/machine.h"
+
 #include <map>
 
 namespace pivotel::cli {
@@ -35,14 +37,19 @@ QString longform(const QString& argument) {
         {QStringLiteral("-V"), QStringLiteral("--version")},
         {QStringLiteral("-q"), QStringLiteral("--quiet")},
         {QStringLiteral("-v"), QStringLiteral("--verbose")},
+        {QStringLiteral("-j"), QStringLiteral("--jobs")},
     };
+    // "-j4" as make takes it.
+    if (argument.startsWith(QLatin1String("-j")) && argument.size() > 2)
+        return QStringLiteral("--jobs=") + argument.mid(2);
     const auto found = table.find(argument);
     return found == table.end() ? argument : found->second;
 }
 
 bool takesvalue(const QString& name) {
     return name == QLatin1String("--action") || name == QLatin1String("--quality") ||
-           name == QLatin1String("--odd-sizes");
+           name == QLatin1String("--odd-sizes") || name == QLatin1String("--jobs") ||
+           name == QLatin1String("--memory-limit");
 }
 
 } // namespace
@@ -68,6 +75,10 @@ QString usagetext() {
         "  --process-all           with --reencode: every photo, also those needing no turn,\n"
         "                          which are re-encoded unturned\n"
         "  --preserve-dates        keep each photo's modification and access times\n"
+        "  -j N, --jobs=N          turn N photos at once (default: one per core)\n"
+        "  --memory-limit=SIZE     the most memory the photos in work may need together, e.g.\n"
+        "                          800M or 4G (default: half the machine's memory); a photo\n"
+        "                          that alone needs more is reported and left as it is\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
         "  -q, --quiet             print only errors (and the report with --json)\n"
@@ -129,6 +140,20 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
                     QStringLiteral("--odd-sizes needs one of trim, reencode, keep (got \"%1\")").arg(value));
             options.oddsizes = *found;
             oddsizesgiven = true;
+        } else if (name == QLatin1String("--jobs")) {
+            bool number = false;
+            const int jobs = value.toInt(&number);
+            if (!hasvalue || !number || jobs < 1 || jobs > maxjobs)
+                return Status::failure(QStringLiteral("--jobs needs a whole number from 1 to %1 (got \"%2\")")
+                                           .arg(maxjobs)
+                                           .arg(value));
+            options.jobs = jobs;
+        } else if (name == QLatin1String("--memory-limit")) {
+            const auto limit = sizefromtext(value);
+            if (!hasvalue || !limit)
+                return Status::failure(
+                    QStringLiteral("--memory-limit needs a size such as 800M or 4G (got \"%1\")").arg(value));
+            options.memorylimit = *limit;
         } else if (const auto found = switches().find(name); found != switches().end()) {
             if (hasvalue)
                 return Status::failure(QStringLiteral("%1 takes no value").arg(name));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/oddsizes.h"
+#include "engine/runoptions.h"
 #include "photolist/action.h"
 #include "support/status.h"
 
@@ -19,6 +20,8 @@ struct CliOptions {
     OddSizes oddsizes = OddSizes::Trim; // lossless turns only
     bool processall = false;
     bool preservedates = false;
+    int jobs = 0;           // photos turned at once; 0: one per core
+    qint64 memorylimit = 0; // bytes; 0: half the machine's memory
     bool dryrun = false;
     bool json = false;
     bool quiet = false;   // only errors on standard error

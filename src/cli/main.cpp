@@ -9,6 +9,7 @@
 #include "engine/runsession.h"
 #include "photolist/action.h"
 #include "support/appidentity.h"
+#include "support/machine.h"
 #include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "support/places.h"
@@ -21,6 +22,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <map>
 #include <optional>
 #include <unistd.h>
 
@@ -92,7 +94,14 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
     const QString way = options.uselosslessrotation
                             ? QStringLiteral("lossless")
                             : QStringLiteral("re-encoded at quality %1").arg(options.quality);
+    // With photos turned at once, each line of a photo's steps names it.
+    const auto prefix = [&](qint64 index) {
+        return options.jobs > 1 && work.size() > 1 ? QStringLiteral("  %1: ").arg(work[size_t(index)].name)
+                                : QStringLiteral("  ");
+    };
+    std::map<qint64, QElapsedTimer> clocks;
     QObject::connect(&run, &RunSession::photostarted, &app, [&](qint64 index, const QString& name) {
+        clocks[index].start();
         if (!progress)
             return;
         progress->photo(index, name);
@@ -100,18 +109,21 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
             progress->line(QStringLiteral("%1: %2, %3")
                                .arg(work[size_t(index)].path, labelof(work[size_t(index)].action), way));
     });
-    QObject::connect(&run, &RunSession::photostep, &app, [&](qint64, const QString& step) {
+    QObject::connect(&run, &RunSession::photostep, &app, [&](qint64 index, const QString& step) {
         if (progress && cli.verbose)
-            progress->line(QStringLiteral("  ") + step);
+            progress->line(prefix(index) + step);
     });
-    QElapsedTimer clock;
-    clock.start();
     QObject::connect(&run, &RunSession::photofinished, &app, [&](const PhotoReport& photo) {
-        if (!progress || !cli.verbose)
+        const qint64 took = clocks[photo.index].elapsed();
+        clocks.erase(photo.index);
+        if (!progress)
             return;
-        progress->line(QStringLiteral("  %1 (%2 ms)").arg(outcometext(photo)).arg(clock.restart()));
+        progress->photodone();
+        if (!cli.verbose)
+            return;
+        progress->line(QStringLiteral("%1%2 (%3 ms)").arg(prefix(photo.index), outcometext(photo)).arg(took));
         for (const QString& note : photo.notes)
-            progress->line(QStringLiteral("  note: ") + note);
+            progress->line(prefix(photo.index) + QStringLiteral("note: ") + note);
     });
     QObject::connect(&run, &RunSession::finished, &app, &QCoreApplication::quit);
 
@@ -188,6 +200,8 @@ int main(int argc, char* argv[]) {
     options.quality = cli.quality;
     options.preservedates = cli.preservedates;
     options.oddsizes = cli.oddsizes;
+    options.jobs = cli.jobs > 0 ? cli.jobs : corecount();
+    options.memorybudget = cli.memorylimit;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);
     list.makelist(rule);

@@ -49,13 +49,19 @@ Progress::Progress(qint64 total, std::FILE* stream)
 void Progress::photo(qint64 index, const QString& name) {
     index_ = index;
     name_ = name;
-    startedat_ = clock_.elapsed();
     if (!terminal_) {
         std::fprintf(stream_, "[%lld/%lld] Rotating %s\n", index + 1, total_, qPrintable(name));
         std::fflush(stream_);
         return;
     }
     draw();
+}
+
+void Progress::photodone() {
+    ++done_;
+    doneat_ = clock_.elapsed();
+    if (terminal_ && drawn_)
+        draw();
 }
 
 void Progress::tick() {
@@ -74,13 +80,13 @@ void Progress::line(const QString& text) {
 
 void Progress::draw() {
     constexpr int barwidth = 24;
-    const int filled = total_ > 0 ? static_cast<int>(barwidth * index_ / total_) : 0;
+    const int filled = total_ > 0 ? static_cast<int>(barwidth * done_ / total_) : 0;
     QString line = QStringLiteral("[") + QString(filled, QLatin1Char('#')) +
                    QString(barwidth - filled, QLatin1Char('-')) + QStringLiteral("] ") +
                    QStringLiteral("%1/%2").arg(index_ + 1).arg(total_);
     const qint64 now = clock_.elapsed();
     for (const QString& part :
-         {ratetext(index_, startedat_), timelefttext(index_, total_, startedat_, now - startedat_)}) {
+         {ratetext(done_, doneat_), timelefttext(done_, total_, doneat_, now - doneat_)}) {
         if (!part.isEmpty())
             line += QStringLiteral("  ") + part;
     }

@@ -12,6 +12,8 @@ class Progress {
   public:
     Progress(qint64 total, std::FILE* stream);
     void photo(qint64 index, const QString& name);
+    // A photo has ended; with photos turned at once they end in any order.
+    void photodone();
     // Redraws the bar so that the time left counts down between photos.
     void tick();
     // A line of its own (--verbose), above the bar on a terminal.
@@ -26,10 +28,11 @@ class Progress {
     bool terminal_;
     int width_;
     bool drawn_ = false;
-    qint64 index_ = 0; // the photo in work; as many are done
+    qint64 index_ = 0; // the photo begun last
+    qint64 done_ = 0;
     QString name_;
     QElapsedTimer clock_;
-    qint64 startedat_ = 0; // ms into the run when the photo in work began
+    qint64 doneat_ = 0; // ms into the run when the last photo ended
 };
 
 // "1.5 photos/s" and "2:05 left" for `done` photos in `elapsedms` with `total` in all; empty before

@@ -19,7 +19,7 @@ namespace pivotel {
 // as `oddsizes` says. Answers the new size and the notes for the report: what the edge policy
 // did, a flaw in the data read past. "As Is" only rewrites the photo progressive.
 [[nodiscard]] Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
-                                                    OddSizes oddsizes);
+                                                 OddSizes oddsizes);
 
 // The lossless step of a photo's turn: writes the turned photo to `target`, the working file of
 // the photo's rewrite, with the edge policy `oddsizes`.

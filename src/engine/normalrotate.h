@@ -19,6 +19,7 @@ namespace pivotel {
 // The same turn at the photo's own quality: its colour space, sampling and quantization tables
 // (turned with the picture), progressive as a lossless turn's photo is. For a photo that a
 // lossless turn can't turn whole.
-[[nodiscard]] Result<Rotation> reencodeatownquality(const QString& path, Action action, const QString& target);
+[[nodiscard]] Result<Rotation> reencodeatownquality(const QString& path, Action action,
+                                                    const QString& target);
 
 } // namespace pivotel

@@ -21,7 +21,8 @@ Result<PhotoLock> PhotoLock::take(const QString& path) {
                 return Status::failure(QStringLiteral("it can't be locked (%1)").arg(errnotext(errno)));
         }
         // The run that held the lock may have put a new file in the photo's place: lock that one.
-        struct stat locked {}, now {};
+        struct stat locked {
+        }, now{};
         if (::fstat(fd.get(), &locked) != 0)
             return Status::failure(errnotext(errno));
         if (::stat(nativepath(path).constData(), &now) != 0)

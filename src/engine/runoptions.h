@@ -7,14 +7,19 @@
 
 namespace pivotel {
 
+// The most photos a run turns at once.
+inline constexpr int maxjobs = 64;
+
 // The options of one run, frozen when it starts: a control changed during the run has no
 // effect on it.
 struct RunOptions {
-    bool uselosslessrotation = true; // xuselosslessrotation
-    bool normalprocessall = false;   // xnormalprocessall
-    int quality = 70;                // xquality, 10 to 100
-    bool preservedates = false;      // ispreservedates
+    bool uselosslessrotation = true;    // xuselosslessrotation
+    bool normalprocessall = false;      // xnormalprocessall
+    int quality = 70;                   // xquality, 10 to 100
+    bool preservedates = false;         // ispreservedates
     OddSizes oddsizes = OddSizes::Trim; // lossless turns only: the re-encoding is always exact
+    int jobs = 1;                       // photos turned at once, each by a worker of its own
+    qint64 memorybudget = 0;            // bytes the photos in work may need together; 0: half the memory
 
     SelectionRule selection() const { return {normalprocessall, uselosslessrotation}; }
 };

@@ -3,21 +3,26 @@
 #include "engine/filedates.h"
 #include "engine/finishturn.h"
 #include "engine/losslessrotate.h"
+#include "engine/memoryneed.h"
 #include "engine/normalrotate.h"
 #include "engine/photolock.h"
 #include "engine/photorewrite.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
 #include "photolist/probes.h"
+#include "support/machine.h"
 #include "support/nativepath.h"
 #include "support/places.h"
 
 #include <QThread>
+#include <algorithm>
 #include <exception>
 #include <map>
 #include <new>
 #include <optional>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace pivotel {
@@ -37,7 +42,7 @@ class RunSession::Worker : public QThread {
 
 RunSession::RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent)
     : QObject(parent), filelist_(std::move(filelist)), options_(options), places_(std::move(places)),
-      thread_(std::make_unique<Worker>(*this)) {
+      budget_(memorybudget(options_)), thread_(std::make_unique<Worker>(*this)) {
     qRegisterMetaType<pivotel::PhotoReport>();
     connect(thread_.get(), &QThread::finished, this, &RunSession::finished);
 }
@@ -53,6 +58,9 @@ void RunSession::start() {
 
 void RunSession::requeststop() {
     stop_ = true;
+    // Through the lock, so that a worker about to wait for the budget sees it.
+    { const std::lock_guard lock(admission_); }
+    admitted_.notify_all();
 }
 
 bool RunSession::wait(QDeadlineTimer deadline) {
@@ -71,19 +79,77 @@ std::vector<PhotoReport> RunSession::reports() const {
 void RunSession::record(const PhotoReport& report) {
     {
         const std::lock_guard lock(mutex_);
-        reports_.push_back(report);
+        const auto later =
+            std::upper_bound(reports_.begin(), reports_.end(), report.index,
+                             [](qint64 index, const PhotoReport& r) { return index < r.index; });
+        reports_.insert(later, report);
     }
     emit photofinished(report);
 }
 
 void RunSession::processall() {
-    // The tool's process belongs to this thread, so it is made here.
-    ExifTool tool(places_.toolfile);
     // Taken before any turn, which gives a photo a new file and so a new identity.
     const std::vector<qint64> first = firstrows();
-    for (qint64 i = 0; i < static_cast<qint64>(filelist_.size()) && !stop_; ++i) {
+    std::vector<std::thread> others;
+    for (int worker = 1; worker < qBound(1, options_.jobs, maxjobs); ++worker) {
+        try {
+            others.emplace_back([this, worker, &first] { work(worker, first); });
+        } catch (const std::system_error&) {
+            break; // the system gives no more threads: the run goes on with those it has
+        }
+    }
+    work(0, first);
+    for (std::thread& other : others)
+        other.join();
+}
+
+std::optional<RunSession::Admission> RunSession::admitnext(const std::vector<qint64>& first) {
+    std::unique_lock lock(admission_);
+    admitted_.wait(lock, [this] { return !taking_ || stop_; });
+    if (stop_ || next_ >= static_cast<qint64>(filelist_.size()))
+        return std::nullopt;
+    Admission admission{next_++, 0, true};
+    taking_ = true;
+    // Only this worker admits until the photo begins, so photos begin in list order.
+    lock.unlock();
+    const PhotoRow& photo = filelist_[static_cast<size_t>(admission.index)];
+    if (first[static_cast<size_t>(admission.index)] == admission.index) {
+        // A header that can't be read is the turn's to report; its bytes are read all the same.
+        admission.need = memoryneed(photo.path, photo.action, options_).value_or(filesizeof(photo.path) * 3);
+    }
+    admission.fits = admission.need <= budget_;
+    lock.lock();
+    if (admission.fits)
+        admitted_.wait(lock, [&] { return inuse_ + admission.need <= budget_ || stop_; });
+    if (!stop_ && admission.fits)
+        inuse_ += admission.need;
+    const bool begins = !stop_;
+    lock.unlock();
+    if (begins)
+        emit photostarted(admission.index, photo.name);
+    lock.lock();
+    taking_ = false;
+    lock.unlock();
+    admitted_.notify_all();
+    if (!begins)
+        return std::nullopt;
+    return admission;
+}
+
+void RunSession::release(qint64 need) {
+    {
+        const std::lock_guard lock(admission_);
+        inuse_ -= need;
+    }
+    admitted_.notify_all();
+}
+
+void RunSession::work(int worker, const std::vector<qint64>& first) {
+    // The tool's process belongs to this thread, so it is made here.
+    ExifTool tool(places_.toolfile);
+    while (const std::optional<Admission> admission = admitnext(first)) {
+        const qint64 i = admission->index;
         const PhotoRow& photo = filelist_[static_cast<size_t>(i)];
-        emit photostarted(i, photo.name);
         try {
             const qint64 same = first[static_cast<size_t>(i)];
             if (same != i)
@@ -92,8 +158,15 @@ void RunSession::processall() {
                         PhotoOutcome::Skipped,
                         QStringLiteral("same photo as %1").arg(filelist_[static_cast<size_t>(same)].path),
                         {}});
+            else if (!admission->fits)
+                record({i,
+                        photo,
+                        PhotoOutcome::Failed,
+                        QStringLiteral("too large for the memory budget (needs %1)")
+                            .arg(sizetext(admission->need)),
+                        {}});
             else
-                record(processphoto(i, photo, tool));
+                record(processphoto(i, photo, worker, tool));
         } catch (const std::bad_alloc&) {
             // The photo's working file went with its rewrite; the next photo may well fit.
             record(
@@ -101,6 +174,8 @@ void RunSession::processall() {
         } catch (const std::exception& error) {
             record({i, photo, PhotoOutcome::Failed, QString::fromLocal8Bit(error.what()), {}});
         }
+        if (admission->fits)
+            release(admission->need);
     }
 }
 
@@ -116,7 +191,7 @@ std::vector<qint64> RunSession::firstrows() const {
     return first;
 }
 
-PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool) {
+PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, int worker, ExifTool& tool) {
     if (::access(nativepath(photo.path).constData(), F_OK) != 0)
         return {index, photo, PhotoOutcome::Missing, QStringLiteral("missing or deleted"), {}};
     if (photo.unreadable)
@@ -137,13 +212,14 @@ PhotoReport RunSession::processphoto(qint64 index, const PhotoRow& photo, ExifTo
                     {}};
     }
     QStringList notes;
-    const Status turned = turnphoto(index, photo, tool, notes);
+    const Status turned = turnphoto(index, photo, worker, tool, notes);
     if (!turned)
         return {index, photo, PhotoOutcome::Failed, turned.reason(), {}};
     return {index, photo, PhotoOutcome::Turned, QString(), notes};
 }
 
-Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool, QStringList& notes) {
+Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, ExifTool& tool,
+                             QStringList& notes) {
     const auto step = [&](const char* text) {
         emit photostep(index, QString::fromLatin1(text));
     };
@@ -156,7 +232,7 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool
         dates = read.value();
     }
 
-    auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder);
+    auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder, worker);
     if (!rewrite)
         return rewrite.status();
     const QString& working = rewrite.value()->workingpath();

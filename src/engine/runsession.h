@@ -9,8 +9,10 @@
 #include <QObject>
 #include <QStringList>
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace pivotel {
@@ -35,19 +37,21 @@ struct PhotoReport {
 };
 
 // One run over a frozen work list with frozen options, which the window and pivotel-cli both
-// drive. The photos are turned in list order on a thread of the run's own (`processthread`);
-// each photo's start and end are announced by signals, delivered in the thread the session
-// lives in. The session reads nothing that its caller can change once it is made.
+// drive. The photos are begun in list order by `options.jobs` workers, each on a thread of its
+// own (the first is `processthread`) with its own metadata tool and working files; a photo is
+// begun only when its memory need fits the budget beside the photos in work. Each photo's start
+// and end are announced by signals, delivered in the thread the session lives in. The session
+// reads nothing that its caller can change once it is made.
 class RunSession : public QObject {
     Q_OBJECT
   public:
     RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent = nullptr);
-    // A run still going ends after its photo in work, which is finished or left whole.
+    // A run still going ends after its photos in work, which are finished or left whole.
     ~RunSession() override;
 
     void start();
-    // Ends the run after the photo in work: that photo is finished or left whole, and no other
-    // is begun.
+    // Ends the run after the photos in work: they are finished or left whole, and no other is
+    // begun.
     void requeststop();
     // Waits for the run's thread to end; false when the deadline came first.
     [[nodiscard]] bool wait(QDeadlineTimer deadline = QDeadlineTimer(QDeadlineTimer::Forever));
@@ -56,6 +60,7 @@ class RunSession : public QObject {
     [[nodiscard]] const WorkList& filelist() const { return filelist_; }
     [[nodiscard]] const RunOptions& options() const { return options_; }
     // What became of each photo so far, in list order; complete once the run has finished.
+    // Photos turned at once may end in another order; the signal tells each as it ends.
     [[nodiscard]] std::vector<PhotoReport> reports() const;
 
   signals:
@@ -71,21 +76,41 @@ class RunSession : public QObject {
     friend class Worker;
 
     void processall();
+    // One worker: takes the next photo of the list, waits until its need fits the budget, turns
+    // it, and so on until the list ends or the run is stopped.
+    void work(int worker, const std::vector<qint64>& first);
+    struct Admission {
+        qint64 index = 0;
+        qint64 need = 0;  // bytes, from the photo's header
+        bool fits = true; // false: the photo alone needs more than the budget, and isn't turned
+    };
+    // The next photo to begin, announced, once its need fits beside the photos in work; none when
+    // the run is over or stopped.
+    [[nodiscard]] std::optional<Admission> admitnext(const std::vector<qint64>& first);
+    void release(qint64 need);
     // For each row, the first row of the list that names the same file (itself when none does).
     [[nodiscard]] std::vector<qint64> firstrows() const;
-    [[nodiscard]] PhotoReport processphoto(qint64 index, const PhotoRow& photo, ExifTool& tool);
+    [[nodiscard]] PhotoReport processphoto(qint64 index, const PhotoRow& photo, int worker, ExifTool& tool);
     // Every step of one photo's turn that writes: the metadata dump of the untouched photo,
     // then the rotator, the EXIF transplant and the orientation and resolution rewrite, all on
     // the rewrite's working file, which then replaces the photo in one step; then the dates.
-    [[nodiscard]] Status turnphoto(qint64 index, const PhotoRow& photo, ExifTool& tool, QStringList& notes);
+    [[nodiscard]] Status turnphoto(qint64 index, const PhotoRow& photo, int worker, ExifTool& tool,
+                                   QStringList& notes);
     void record(const PhotoReport& report);
 
     const WorkList filelist_;
     const RunOptions options_;
     const RunPlaces places_;
+    const qint64 budget_;
     std::atomic<bool> stop_{false};
     mutable std::mutex mutex_;
-    std::vector<PhotoReport> reports_;
+    std::vector<PhotoReport> reports_; // in list order
+    // Admission of photos to the workers, one at a time, in list order.
+    std::mutex admission_;
+    std::condition_variable admitted_;
+    qint64 next_ = 0;     // the next photo of the list to begin
+    qint64 inuse_ = 0;    // what the photos in work need together
+    bool taking_ = false; // a worker is admitting the next photo
     std::unique_ptr<Worker> thread_;
 };
 

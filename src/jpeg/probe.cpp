@@ -43,6 +43,36 @@ JpegSampling sampling(int tjsampling) {
 
 } // namespace
 
+qint64 coefficientbytes(const JpegProbe& probe) {
+    const int components =
+        probe.colorspace == JpegColorSpace::Grey                                               ? 1
+        : probe.colorspace == JpegColorSpace::Cmyk || probe.colorspace == JpegColorSpace::Ycck ? 4
+                                                                                               : 3;
+    // The largest sampling factors, and the blocks of an MCU: the first component at those
+    // factors, the others at one block each; inks may sample every component fully.
+    int h = 1, v = 1;
+    switch (probe.sampling) {
+    case JpegSampling::S422:
+        h = 2;
+        break;
+    case JpegSampling::S420:
+        h = v = 2;
+        break;
+    case JpegSampling::S440:
+        v = 2;
+        break;
+    case JpegSampling::S411:
+        h = 4;
+        break;
+    default: // 4:4:4, grey, and sampling TurboJPEG doesn't name, counted at full size
+        break;
+    }
+    const qint64 blocks = components == 4 ? qint64(components) * h * v : qint64(h) * v + components - 1;
+    const qint64 across = (qint64(probe.size.width()) + 8 * h - 1) / (8 * h);
+    const qint64 down = (qint64(probe.size.height()) + 8 * v - 1) / (8 * v);
+    return across * down * blocks * 64 * 2;
+}
+
 Result<JpegProbe> probejpeg(const QString& path) {
     const auto header = readjpegheader(path);
     if (!header)
@@ -56,9 +86,10 @@ Result<JpegProbe> probejpegdata(const QByteArray& header) {
         return Status::failure(QStringLiteral("the JPEG library can't start"));
     int width = 0, height = 0, subsamp = -1, space = 0;
     if (tjDecompressHeader3(tj.get(), reinterpret_cast<const unsigned char*>(header.constData()),
-                            static_cast<unsigned long>(header.size()), &width, &height, &subsamp, &space) != 0)
-        return Status::failure(
-            QStringLiteral("the JPEG header can't be read (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+                            static_cast<unsigned long>(header.size()), &width, &height, &subsamp,
+                            &space) != 0)
+        return Status::failure(QStringLiteral("the JPEG header can't be read (%1)")
+                                   .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
     if (width < 1 || height < 1)
         return Status::failure(QStringLiteral("the JPEG header gives no picture size"));
     return JpegProbe{{width, height}, colorspace(space), sampling(subsamp), exiforientation(header)};

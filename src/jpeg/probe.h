@@ -20,6 +20,10 @@ struct JpegProbe {
     std::optional<int> orientation; // the EXIF orientation (1..8), when the file has one
 };
 
+// The bytes that the picture's coefficient arrays take in memory, as libjpeg holds them for a
+// lossless turn or a multi-pass coding: 64 two-byte coefficients a block, whole MCUs.
+[[nodiscard]] qint64 coefficientbytes(const JpegProbe& probe);
+
 // Reads the header of the file at `path`. Fails when it isn't a JPEG whose header gives a
 // width and a height of at least 1.
 [[nodiscard]] Result<JpegProbe> probejpeg(const QString& path);

@@ -9,7 +9,9 @@ namespace {
 
 // The length of the valid UTF-8 sequence at `at`, or 0 when none starts there.
 qsizetype sequencelength(QByteArrayView bytes, qsizetype at) {
-    const auto byte = [&](qsizetype i) { return static_cast<unsigned char>(bytes[i]); };
+    const auto byte = [&](qsizetype i) {
+        return static_cast<unsigned char>(bytes[i]);
+    };
     const unsigned char lead = byte(at);
     if (lead < 0x80)
         return 1;
@@ -66,8 +68,8 @@ QByteArray nativepath(const QString& path) {
     qsizetype start = 0;
     for (qsizetype i = 0; i < path.size(); ++i) {
         const char16_t unit = path[i].unicode();
-        const bool escaped = unit >= 0xDC80 && unit <= 0xDCFF &&
-                             (i == 0 || !QChar::isHighSurrogate(path[i - 1].unicode()));
+        const bool escaped =
+            unit >= 0xDC80 && unit <= 0xDCFF && (i == 0 || !QChar::isHighSurrogate(path[i - 1].unicode()));
         if (escaped) {
             bytes.append(QStringView(path).sliced(start, i - start).toUtf8());
             bytes.append(static_cast<char>(unit - 0xDC00));
@@ -80,12 +82,17 @@ QByteArray nativepath(const QString& path) {
 
 QString absolutepath(const QString& path) {
     return QDir::cleanPath(path.startsWith(QLatin1Char('/')) ? path
-                                                              : QDir::currentPath() + QLatin1Char('/') + path);
+                                                             : QDir::currentPath() + QLatin1Char('/') + path);
 }
 
 bool isfolder(const QString& path) {
     struct stat st {};
     return ::stat(nativepath(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+qint64 filesizeof(const QString& path) {
+    struct stat st {};
+    return ::stat(nativepath(path).constData(), &st) == 0 ? qint64(st.st_size) : 0;
 }
 
 QString filenameof(const QString& path) {

@@ -1,5 +1,6 @@
 #include "ui/optionspanel.h"
 
+#include "support/machine.h"
 #include "support/xnumber.h"
 #include "ui/qualityrule.h"
 
@@ -10,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QSlider>
+#include <QSpinBox>
 #include <QVBoxLayout>
 #include <cmath>
 
@@ -89,6 +91,20 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     lbloddsizes_->setEnabled(false);
     oddsizes_->setEnabled(false);
 
+    // Either way of turning; 0 stands for one photo per core of the machine it runs on.
+    lblparallel_ = new QLabel(QStringLiteral("Parallel"), this);
+    lblparallel_->setObjectName(QStringLiteral("lblparallel"));
+    lblparallel_->setFont(boldfont(lblparallel_));
+    parallel_ = new QSpinBox(this);
+    parallel_->setObjectName(QStringLiteral("parallel"));
+    parallel_->setRange(0, maxjobs);
+    parallel_->setSpecialValueText(QStringLiteral("All Cores"));
+    parallel_->setToolTip(
+        QStringLiteral("How many photos a run turns at once: all cores of this machine (%1), "
+                       "or fewer to leave some for other work.")
+            .arg(corecount()));
+    lblparallel_->setBuddy(parallel_);
+
     auto* quality = new QHBoxLayout;
     quality->setContentsMargins(6, 0, 0, 0);
     quality->addWidget(lbljpegquality_);
@@ -108,6 +124,9 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     oddsizes->setContentsMargins(6, 4, 0, 0);
     oddsizes->addWidget(lbloddsizes_);
     oddsizes->addWidget(oddsizes_);
+    oddsizes->addSpacing(12);
+    oddsizes->addWidget(lblparallel_);
+    oddsizes->addWidget(parallel_);
     oddsizes->addStretch(1);
     column->addLayout(oddsizes);
     column->addStretch(1);
@@ -121,6 +140,7 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     setTabOrder(jpgquality_, normalprocessall_);
     setTabOrder(normalprocessall_, preserveDATES_);
     setTabOrder(preserveDATES_, oddsizes_);
+    setTabOrder(oddsizes_, parallel_);
 
     connect(uselosslessrotation_, &QCheckBox::toggled, this, [this] { uselosslessrotation_ValueChanged(); });
     connect(qualityslider_, &QSlider::valueChanged, this,
@@ -135,6 +155,7 @@ void OptionsPanel::applysettings(const Settings& settings) {
     useexiforientation_->setChecked(settings.useexiforientation);
     jpgquality_->setText(settings.jpgquality);
     oddsizes_->setCurrentIndex(oddsizes_->findData(int(settings.oddsizes)));
+    parallel_->setValue(settings.parallel);
     // Greys or frees the quality controls through its change handler, when it changes.
     uselosslessrotation_->setChecked(settings.uselosslessrotation);
     qualityslider_->setValue(static_cast<int>(std::trunc(leadingvalue(jpgquality_->text()))));
@@ -149,6 +170,7 @@ Settings OptionsPanel::settings() const {
     settings.uselosslessrotation = uselosslessrotation_->isChecked();
     settings.jpgquality = jpgquality_->text();
     settings.oddsizes = OddSizes(oddsizes_->currentData().toInt());
+    settings.parallel = parallel_->value();
     return settings;
 }
 
@@ -166,6 +188,7 @@ RunOptions OptionsPanel::runoptions() const {
     options.normalprocessall = normalprocessall_->isChecked();
     options.preservedates = preserveDATES_->isChecked();
     options.oddsizes = OddSizes(oddsizes_->currentData().toInt());
+    options.jobs = parallel_->value() > 0 ? parallel_->value() : corecount();
     return options;
 }
 

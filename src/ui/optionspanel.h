@@ -11,6 +11,7 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QSlider;
+class QSpinBox;
 
 namespace pivotel {
 
@@ -57,6 +58,8 @@ class OptionsPanel : public QWidget {
     QCheckBox* preserveDATES_;
     QLabel* lbloddsizes_;
     QComboBox* oddsizes_;
+    QLabel* lblparallel_;
+    QSpinBox* parallel_;
 };
 
 } // namespace pivotel

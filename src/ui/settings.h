@@ -6,7 +6,7 @@
 
 namespace pivotel {
 
-// The seven options that outlive a launch, with their values when nothing is stored.
+// The eight options that outlive a launch, with their values when nothing is stored.
 struct Settings {
     bool onlyloadwhenneeded = false;
     bool preservedates = false;
@@ -15,6 +15,7 @@ struct Settings {
     bool uselosslessrotation = true;
     QString jpgquality = QStringLiteral("75"); // kept as text, exactly as the field holds it
     OddSizes oddsizes = OddSizes::Trim;
+    int parallel = 0; // photos a run turns at once; 0: one per core
 
     bool operator==(const Settings&) const = default;
 };

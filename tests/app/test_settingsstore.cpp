@@ -12,15 +12,15 @@ using namespace pivotel;
 using namespace Qt::StringLiterals;
 
 TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
-    // All seven changed, then each alone, so that no two keys can be swapped unnoticed.
-    std::vector<Settings> stores{{true, true, true, false, false, u"55.9"_s, OddSizes::Keep}};
+    // All eight changed, then each alone, so that no two keys can be swapped unnoticed.
+    std::vector<Settings> stores{{true, true, true, false, false, u"55.9"_s, OddSizes::Keep, 3}};
     for (int key = 0; key < 6; ++key) {
         Settings one;
         bool* flags[] = {&one.onlyloadwhenneeded, &one.preservedates,       &one.normalprocessall,
                          &one.useexiforientation, &one.uselosslessrotation, nullptr};
         // The two texts change together: swapped, each would hold the other's value.
         flags[key] ? void(*flags[key] = !*flags[key])
-                   : void(one = {.jpgquality = u"90"_s, .oddsizes = OddSizes::Reencode});
+                   : void(one = {.jpgquality = u"90"_s, .oddsizes = OddSizes::Reencode, .parallel = 1});
         stores.push_back(one);
     }
     for (const Settings& stored : stores) {
@@ -30,7 +30,8 @@ TEST(SettingsStore, StoresEveryOptionWithItsTypeAndReadsItBack) {
     savesettings(stores[0]);
     EXPECT_EQ(
         QJsonDocument::fromJson(test::readbytes(settingslocation())).toJson(QJsonDocument::Compact),
-        R"({"jpgquality":"55.9","normalprocessall":true,"oddsizes":"keep","onlyloadwhenneeded":true,"preservedates":true,)"
+        R"({"jpgquality":"55.9","normalprocessall":true,"oddsizes":"keep","onlyloadwhenneeded":true,"parallel":3,)"
+        R"("preservedates":true,)"
         R"("useexiforientation":false,"uselosslessrotation":false})");
 }
 
@@ -43,6 +44,10 @@ TEST(SettingsStore, TrustsOnlyValuesOfTheirOwnType) {
          {}},
         {R"({"oddsizes": "crop"})", {}}, // a policy this version doesn't know
         {R"({"oddsizes": "reencode"})", {.oddsizes = OddSizes::Reencode}},
+        {R"({"parallel": "2"})", {}}, // a count is a whole number from 0 to the most jobs
+        {R"({"parallel": 2.5})", {}},
+        {R"({"parallel": 65})", {}},
+        {R"({"parallel": 4})", {.parallel = 4}},
         {R"({"jpgquality": false, "uselosslessrotation": false})", {.uselosslessrotation = false}},
         {R"({"jpgquality": "0"})", {.jpgquality = u"80"_s}},   // stands for the old default
         {R"({"jpgquality": "0  "})", {.jpgquality = u"80"_s}}, // blanks on the right don't count

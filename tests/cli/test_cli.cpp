@@ -130,6 +130,10 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--process-all six", 2, "--process-all needs --reencode", {}, ""},
         {"--reencode --quality six", 2, "--quality", {}, ""},
         {"--odd-sizes=keep six", 0, "Turned 1 photo", {}, "six"},
+        {"--json -j 1 --memory-limit 1M six", 1, "too large for the memory budget (needs",
+         u"\"code\": \"failed\""_s, ""},
+        {"--jobs=0 six", 2, "--jobs needs a whole number from 1 to 64", {}, ""},
+        {"--memory-limit=lots six", 2, "--memory-limit needs a size such as 800M", {}, ""},
         {"--odd-sizes=crop six", 2, "--odd-sizes needs one of trim, reencode, keep", {}, ""},
         {"--reencode --odd-sizes=trim six", 2, "--odd-sizes is for lossless turns", {}, ""},
         {"nowhere", 2, "no such file or folder", {}, ""},
@@ -350,7 +354,8 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
         for (const QString& place : {top.path(), disk, elsewhere.path()})
             ::chmod(QFile::encodeName(place).constData(), 0777);
         ::chmod(QFile::encodeName(folder).constData(), ondisk ? 0777 : 0555);
-        const CliResult run = runcli({u"--json"_s, folder}, datahome, ondisk ? QStringList() : nobody);
+        // One photo at a time: the room left is for one photo's files.
+        const CliResult run = runcli({u"--json"_s, u"-j1"_s, folder}, datahome, ondisk ? QStringList() : nobody);
         EXPECT_EQ(run.exitcode, 1) << qPrintable(run.err);
         const QJsonArray failed = QJsonDocument::fromJson(run.out.toUtf8())[u"failed"_s].toArray();
         EXPECT_EQ(failed.size(), 2) << qPrintable(run.err);

@@ -2,6 +2,7 @@
 // each photo becomes, what survives its turn, what a failing step leaves; and the rewrite under it.
 
 #include "engine/losslessrotate.h"
+#include "engine/memoryneed.h"
 #include "engine/normalrotate.h"
 #include "engine/photorewrite.h"
 #include "engine/runsession.h"
@@ -13,6 +14,7 @@
 #include "photolist/folderscan.h"
 #include "photolist/probes.h"
 #include "support/fileio.h"
+#include "support/machine.h"
 #include "support/nativepath.h"
 #include "support/othercolours.h"
 #include "support/taggedphotos.h"
@@ -25,6 +27,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -73,6 +76,7 @@ class Engine : public ::testing::Test {
     const QString source = dir.filePath(u"source.jpg"_s), target = dir.filePath(u"target.jpg"_s);
     QStringList started;
     int finished = 0;
+    std::mutex counting;
 };
 using Rotators = Engine;
 using Runs = Engine;
@@ -619,6 +623,104 @@ TEST_F(Runs, APhotoIsTurnedOnceWhenListedTwiceOrByTwoRunsAtOnce) {
     EXPECT_LE(maxdifference(decodejpeg(p.path), turned(before, Action::Rotate90Clockwise)), idcttolerance);
     p.fromexif = false;
     EXPECT_EQ(run({p}).at(0).outcome, PhotoOutcome::Turned);
+}
+
+TEST_F(Runs, SeveralWorkersTurnAsOneDoesWithinTheBudgetAndAStopLeavesEveryPhotoWhole) {
+    // name, orientation (0: a pattern without tags), size; "gone" is missing, "big" needs more
+    // than the budget, and the last row names "a" again.
+    const std::tuple<QString, int, int, int> photos[] = {
+        {u"a"_s, 6, 48, 32}, {u"big"_s, 8, 1600, 1200}, {u"b"_s, 3, 40, 30}, {u"gone"_s, 6, 0, 0},
+        {u"c"_s, 8, 64, 48}, {u"d"_s, 0, 48, 32},       {u"e"_s, 6, 56, 40}, {u"a"_s, 6, 0, 0}};
+    QMap<QString, QByteArray> before;
+    for (const auto& [name, orientation, width, height] : photos) {
+        const QString path = dir.filePath(name + u".jpg"_s);
+        if (width && orientation)
+            writetaggedphoto(path, width, height, orientation, 300);
+        else if (width)
+            writepattern(path, width, height);
+        if (width)
+            before[name] = readbytes(path);
+    }
+    const qint64 small = memoryneed(dir.filePath(u"e.jpg"_s), Action::Rotate90Clockwise, {}).value();
+    const RunOptions options{
+        .memorybudget = memoryneed(dir.filePath(u"big.jpg"_s), Action::Rotate90Clockwise, {}).value() - 1};
+    ASSERT_LT(options.memorybudget, 3 * small); // so three small photos never run at once
+    const auto bytes = [](const QString& path) {
+        return QFile::exists(path) ? readbytes(path) : QByteArray();
+    };
+    // Each run on a copy of the folder of its own. Only the photos that are turned hold memory.
+    const auto holdsmemory = [](qint64 index) {
+        return index != 1 && index != 3 && index != 7;
+    };
+    int begun = 0;
+    const auto runin = [&](const QString& folder, int jobs, qint64 stopat) {
+        QDir().mkpath(folder);
+        WorkList work;
+        for (const auto& [name, orientation, width, height] : photos) {
+            work.push_back({name, orientation ? actionfororientation(orientation) : Action::FlipLeft,
+                            folder + u"/"_s + name + u".jpg"_s});
+            if (width)
+                writebytes(work.back().path, before[name]);
+        }
+        int inwork = 0, most = 0;
+        begun = 0;
+        RunOptions ran = options;
+        ran.jobs = jobs;
+        RunSession session(work, ran, {data.path(), exiftoolpath()});
+        QObject::connect(
+            &session, &RunSession::photostarted, &session,
+            [&](qint64 index, const QString&) {
+                const std::lock_guard lock(counting);
+                ++begun;
+                if (holdsmemory(index))
+                    most = std::max(most, ++inwork);
+                if (index == stopat)
+                    session.requeststop();
+            },
+            Qt::DirectConnection);
+        QObject::connect(
+            &session, &RunSession::photofinished, &session,
+            [&](const PhotoReport& report) {
+                const std::lock_guard lock(counting);
+                inwork -= holdsmemory(report.index) ? 1 : 0;
+            },
+            Qt::DirectConnection);
+        session.start();
+        EXPECT_TRUE(session.wait(QDeadlineTimer(120000)));
+        EXPECT_LE(most, std::min(jobs, 2));
+        EXPECT_EQ(QDir(data.path()).entryList(QDir::Files | QDir::NoDotAndDotDot).filter(u".jpg"_s),
+                  QStringList());
+        return session.reports();
+    };
+    const auto one = runin(dir.filePath(u"one"_s), 1, -1), three = runin(dir.filePath(u"three"_s), 3, -1);
+    ASSERT_EQ(one.size(), std::size(photos));
+    ASSERT_EQ(three.size(), one.size());
+    for (size_t i = 0; i < one.size(); ++i) {
+        SCOPED_TRACE(one[i].photo.name.toStdString());
+        EXPECT_EQ(three[i].index, qint64(i));
+        EXPECT_EQ(three[i].outcome, one[i].outcome);
+        EXPECT_EQ(QString(three[i].reason).replace(u"/three/"_s, u"/one/"_s), one[i].reason);
+        EXPECT_EQ(three[i].notes, one[i].notes);
+        EXPECT_EQ(bytes(three[i].photo.path), bytes(one[i].photo.path));
+    }
+    EXPECT_EQ(one[1].reason,
+              u"too large for the memory budget (needs %1)"_s.arg(sizetext(options.memorybudget + 1)));
+    EXPECT_EQ(one[3].outcome, PhotoOutcome::Missing);
+    EXPECT_EQ(one[7].outcome, PhotoOutcome::Skipped);
+    EXPECT_EQ(one[2].notes, QStringList{u"trimmed 6 pixels off the height"_s});
+    for (const size_t turned : {0, 2, 4, 5, 6})
+        EXPECT_EQ(one[turned].outcome, PhotoOutcome::Turned) << one[turned].reason.toStdString();
+
+    // Stopped while the first photos are in work: those end whole, turned; no other is begun.
+    const auto stopped = runin(dir.filePath(u"stopped"_s), 3, 2);
+    EXPECT_EQ(int(stopped.size()), begun);
+    EXPECT_LT(stopped.size(), std::size(photos) - 1);
+    for (const PhotoReport& report : stopped)
+        EXPECT_EQ(bytes(report.photo.path), bytes(one[size_t(report.index)].photo.path));
+    for (size_t i = std::max<size_t>(stopped.size(), 4); i + 1 < std::size(photos);
+         ++i) // the last is the first
+        EXPECT_EQ(readbytes(dir.filePath(u"stopped/%1.jpg"_s.arg(get<0>(photos[i])))),
+                  before.value(get<0>(photos[i])));
 }
 
 TEST_F(Runs, APhotoWhoseNameIsNotUtf8IsFoundByTheScanAndTurned) {

@@ -1,4 +1,5 @@
 #include "support/filestamp.h"
+#include "support/machine.h"
 #include "support/nativepath.h"
 #include "support/testphotos.h"
 
@@ -43,11 +44,32 @@ TEST(FileStamp, TellsEveryNewStateOfAFile) {
 TEST(NativePath, EveryFileNameComesBackAsTheBytesItWas) {
     // UTF-8, Latin-1, a cut sequence, an overlong form, an encoded surrogate and the bytes the
     // escape uses: each converts back to itself.
-    for (const QByteArray& bytes : {QByteArray("/photos/caf\xC3\xA9.jpg"), QByteArray("/photos/caf\xE9.jpg"),
-                                   QByteArray("\xE2\x82"), QByteArray("\xC0\xAF"), QByteArray("\xED\xA0\x80"),
-                                   QByteArray("\xED\xB2\x80\xF0\x9F\x93\xB7")}) {
+    for (const QByteArray& bytes :
+         {QByteArray("/photos/caf\xC3\xA9.jpg"), QByteArray("/photos/caf\xE9.jpg"), QByteArray("\xE2\x82"),
+          QByteArray("\xC0\xAF"), QByteArray("\xED\xA0\x80"), QByteArray("\xED\xB2\x80\xF0\x9F\x93\xB7")}) {
         EXPECT_EQ(nativepath(pathfromnative(bytes)), bytes) << bytes.toHex().constData();
     }
     EXPECT_EQ(pathfromnative("caf\xC3\xA9"), QStringLiteral("caf\u00E9")); // valid UTF-8 reads as usual
     EXPECT_EQ(pathfromnative("caf\xE9").size(), 4);
+}
+
+TEST(Machine, SizesAreReadAndWrittenAsPeopleWriteThem) {
+    const std::pair<const char*, qint64> read[] = {{"800M", 800LL << 20},
+                                                   {"1.5g", 3LL << 29},
+                                                   {"2 GiB", 2LL << 30},
+                                                   {"512kb", 512LL << 10},
+                                                   {"4096", 4096},
+                                                   {"1T", 1LL << 40},
+                                                   {"0", 0},
+                                                   {"-1G", 0},
+                                                   {"lots", 0},
+                                                   {"1.5.2G", 0},
+                                                   {"", 0},
+                                                   {"8X", 0}}; // 0: refused
+    for (const auto& [text, bytes] : read)
+        EXPECT_EQ(sizefromtext(QString::fromLatin1(text)).value_or(0), bytes) << text;
+    const std::pair<qint64, const char*> written[] = {
+        {1000, "1000 bytes"}, {1536, "1.5 KB"}, {174LL << 20, "174 MB"}, {(3LL << 30) / 2, "1.5 GB"}};
+    for (const auto& [bytes, text] : written)
+        EXPECT_EQ(sizetext(bytes), QLatin1String(text));
 }

@@ -155,19 +155,20 @@ TEST_F(Run, LoadAndStartTurnsTheMarkedPhotosOnceTheScanHasEndedAndEndsWithAllDon
     EXPECT_EQ(dialogs.told.back(), "There Is Nothing to Process");
 }
 
-TEST_F(Run, ClosingDuringARunFinishesThePhotoInWorkAndNoOther) {
-    load({{"a.jpg", 6}, {"b.jpg", 6}});
-    const Pixels a = decodejpeg(path("a.jpg"));
-    const QByteArray b = readbytes(path("b.jpg"));
-    UniqueFd held = startheldrun();
+TEST_F(Run, ClosingDuringARunFinishesThePhotosInWorkAndNoOther) {
+    load({{"a.jpg", 6}, {"b.jpg", 3}, {"c.jpg", 6}});
+    const Pixels a = decodejpeg(path("a.jpg")), b = decodejpeg(path("b.jpg"));
+    const QByteArray c = readbytes(path("c.jpg"));
+    auto held = startheldrun(2, "b.jpg");
     dialogs.answers.push_back(true);
     EXPECT_TRUE(window->close());
-    held.reset();
-    window.reset(); // the program's end: waits for the photo in work
+    held.clear();
+    window.reset(); // the program's end: waits for the photos in work
     expectturned("a.jpg", a, Action::Rotate90Clockwise);
-    EXPECT_EQ(readbytes(path("b.jpg")), b);
-    EXPECT_FALSE(QFile::exists(datafolder() + "/xtemp.jpg"));
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    expectturned("b.jpg", b, Action::Rotate180);
+    EXPECT_EQ(readbytes(path("c.jpg")), c);
+    EXPECT_EQ(QDir(datafolder()).entryList({"xtemp*.jpg"}), QStringList());
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 3);
 }
 
 TEST_F(Run, NothingToProcessStoresTheOptionsTriedOnlyForAListWithNothingMarked) {
@@ -274,7 +275,7 @@ TEST_F(Preview, DuringARunOnlyLoadFilesActsAndThePreviewShowsThePhotoInWorkAsItI
     const QByteArray d = readbytes(later);
     pressrow(1);
     ASSERT_TRUE(showing("b.jpg"));
-    UniqueFd held = startheldrun();
+    auto held = startheldrun();
     EXPECT_TRUE(QTest::qWaitFor([&] { return showing("a.jpg"); }, 60000));
     // The toolbar and Load Folders do nothing (a dialog would fail the script); the rows Load
     // Files adds wait for the next run: this one works on its frozen list.
@@ -292,7 +293,7 @@ TEST_F(Preview, DuringARunOnlyLoadFilesActsAndThePreviewShowsThePhotoInWorkAsItI
     // The run's photo 1 is the list's c.jpg; the list's row 1, b.jpg, is gone: nothing is told.
     QFile::remove(path("b.jpg"));
     const Pixels a = decodejpeg(path("a.jpg"));
-    held.reset();
+    held.clear();
     ASSERT_TRUE(waitforendofrun());
     EXPECT_EQ(dialogs.told, QStringList{"All Done"});
     expectturned("a.jpg", a, Action::Rotate90Clockwise);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settingsstore.h"
+#include "engine/photorewrite.h"
 #include "services/desktop.h"
 #include "support/places.h"
 #include "support/testphotos.h"
@@ -14,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QSlider>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
@@ -162,15 +164,22 @@ class WindowTest : public ::testing::Test {
     }
     // Starts a run that stands still at its first photo, a.jpg, right after announcing it, until
     // the lock returned, which every photo's rewrite takes, is let go.
-    UniqueFd startheldrun() {
+    // Starts a run of `parallel` workers (0: one per core) whose photos wait for their working
+    // files, all held until the answer is dropped; it returns once `last` is the last photo begun.
+    std::vector<UniqueFd> startheldrun(int parallel = 1, const QString& last = "a.jpg") {
+        child<QSpinBox>("parallel")->setValue(parallel);
         ensurefolder(datafolder());
-        UniqueFd lock(
-            ::open(QFile::encodeName(datafolder() + "/xtemp.lock"), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-        EXPECT_EQ(::flock(lock.get(), LOCK_EX), 0);
+        std::vector<UniqueFd> locks;
+        for (int slot = 0; slot < rewriteslots; ++slot) {
+            const QString number = slot == 0 ? QString() : QString::number(slot + 1);
+            locks.emplace_back(::open(QFile::encodeName(datafolder() + "/xtemp" + number + ".lock"),
+                                      O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+            EXPECT_EQ(::flock(locks.back().get(), LOCK_EX), 0);
+        }
         press("start");
         EXPECT_EQ(rowcounter(), "Starting ...");
-        EXPECT_TRUE(QTest::qWaitFor([&] { return rowcounter() == "Rotating a.jpg"; }, 60000));
-        return lock;
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rowcounter() == "Rotating " + last; }, 60000));
+        return locks;
     }
     bool waitforendofrun() {
         const qsizetype before = dialogs.told.size();

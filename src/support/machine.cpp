@@ -1,0 +1,55 @@
+#include "support/machine.h"
+
+#include <QRegularExpression>
+#include <QThread>
+#include <cmath>
+#include <unistd.h>
+
+namespace pivotel {
+
+int corecount() {
+    return qMax(1, QThread::idealThreadCount());
+}
+
+qint64 physicalmemory() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pagesize = ::sysconf(_SC_PAGESIZE);
+    return pages > 0 && pagesize > 0 ? qint64(pages) * pagesize : qint64(0);
+}
+
+namespace {
+constexpr const char* units = "KMGT";
+}
+
+QString sizetext(qint64 bytes) {
+    if (bytes < 1024)
+        return QStringLiteral("%1 bytes").arg(bytes);
+    double value = double(bytes);
+    int unit = -1;
+    while (value >= 1024 && unit < 3) {
+        value /= 1024;
+        ++unit;
+    }
+    // One decimal below ten, where it says something.
+    const QString number =
+        value < 10 ? QString::number(value, 'f', 1) : QString::number(std::round(value), 'f', 0);
+    return number + QLatin1Char(' ') + QLatin1Char(units[unit]) + QLatin1Char('B');
+}
+
+std::optional<qint64> sizefromtext(const QString& text) {
+    static const QRegularExpression form(
+        QStringLiteral("^\\s*(\\d+(?:\\.\\d+)?)\\s*(?:([kmgt])(?:i?b)?|b)?\\s*$"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    double value = match.captured(1).toDouble();
+    const QString unit = match.captured(2).toUpper();
+    if (!unit.isEmpty())
+        value *= std::pow(1024.0, double(QByteArray(units).indexOf(unit.toLatin1()) + 1));
+    if (value < 1 || value > 9.0e18)
+        return std::nullopt;
+    return qint64(value);
+}
+
+} // namespace pivotel

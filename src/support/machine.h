@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace pivotel {
+
+// The processor cores this process may run on, at least 1.
+[[nodiscard]] int corecount();
+
+// The machine's physical memory in bytes.
+[[nodiscard]] qint64 physicalmemory();
+
+// A size in bytes as people read it: "512 KB", "1.5 GB" (units of 1024).
+[[nodiscard]] QString sizetext(qint64 bytes);
+
+// A size as people write it: a number of bytes, or a number with K, M, G or T, with or without a
+// following B or iB, in any case ("800M", "1.5g", "2 GiB"). None for anything else, zero or less.
+[[nodiscard]] std::optional<qint64> sizefromtext(const QString& text);
+
+} // namespace pivotel
