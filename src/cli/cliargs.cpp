@@ -92,8 +92,8 @@ QString usagetext() {
         "\n"
         "Exit status: 0 when every photo was done, 1 when any photo or input failed or was\n"
         "missing, 2 for bad usage or when no input was a JPEG photo, 130 when stopped by\n"
-        "Ctrl-C and 143 by SIGTERM (the photo in work is finished first; a second signal stops\n"
-        "at once, and that photo is still whole: the old one or the turned one).\n");
+        "Ctrl-C and 143 by SIGTERM (the photos in work are finished first; a second signal stops\n"
+        "at once, and each of those photos is still whole: the old one or the turned one).\n");
 }
 
 Result<CliOptions> parsearguments(const QStringList& arguments) {

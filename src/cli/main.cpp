@@ -97,7 +97,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
     // With photos turned at once, each line of a photo's steps names it.
     const auto prefix = [&](qint64 index) {
         return options.jobs > 1 && work.size() > 1 ? QStringLiteral("  %1: ").arg(work[size_t(index)].name)
-                                : QStringLiteral("  ");
+                                                   : QStringLiteral("  ");
     };
     std::map<qint64, QElapsedTimer> clocks;
     QObject::connect(&run, &RunSession::photostarted, &app, [&](qint64 index, const QString& name) {
@@ -131,7 +131,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
     QObject::connect(&wake, &QSocketNotifier::activated, &app, [&run, &wake, &cli] {
         wake.setEnabled(false);
         if (!cli.quiet)
-            say(QStringLiteral("\nStopping after the photo in work (again to stop at once)...\n"));
+            say(QStringLiteral("\nStopping after the photos in work (again to stop at once)...\n"));
         run.requeststop();
     });
     wake.setEnabled(wakepipe[0] >= 0);
