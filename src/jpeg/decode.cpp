@@ -148,7 +148,8 @@ JpegCoding codingof(const jpeg_decompress_struct& info) {
     JpegCoding coding;
     for (int c = 0; c < info.num_components; ++c) {
         const jpeg_component_info& component = info.comp_info[c];
-        coding.components.push_back({component.h_samp_factor, component.v_samp_factor, component.quant_tbl_no});
+        coding.components.push_back(
+            {component.h_samp_factor, component.v_samp_factor, component.quant_tbl_no});
     }
     for (int t = 0; t < NUM_QUANT_TBLS; ++t) {
         if (const JQUANT_TBL* table = info.quant_tbl_ptrs[t])
@@ -217,20 +218,24 @@ Result<DecodedPicture> decodepicture(const QString& path) {
 
 namespace {
 
+// The most memory a decode for showing may give libjpeg: room for the coefficients of a
+// 170-megapixel progressive photo.
+constexpr long maxshowncoefficients = 512L * 1024 * 1024;
+
 // The decoder's scaled size of `size` by `factor`, rounded up as the decoder rounds it.
 QSize scaledsize(QSize size, tjscalingfactor factor) {
     return {TJSCALED(size.width(), factor), TJSCALED(size.height(), factor)};
 }
 
-// The smallest reduction of `photo` that still covers `shown` both ways. The halvings are
-// the decoder's quickest reductions, done inside its inverse DCT.
-QSize reducedsize(QSize photo, QSize shown) {
+// The denominator of the smallest reduction of `photo` that still covers `shown` both ways. The
+// halvings are the decoder's quickest reductions, done inside its inverse DCT.
+unsigned reduction(QSize photo, QSize shown) {
     for (const int denominator : {8, 4, 2}) {
         const QSize reduced = scaledsize(photo, tjscalingfactor{1, denominator});
         if (reduced.width() >= shown.width() && reduced.height() >= shown.height())
-            return reduced;
+            return unsigned(denominator);
     }
-    return photo;
+    return 1;
 }
 
 } // namespace
@@ -239,25 +244,29 @@ bool isjpegdata(const QByteArray& data) {
     return data.size() >= 3 && uchar(data[0]) == 0xFF && uchar(data[1]) == 0xD8 && uchar(data[2]) == 0xFF;
 }
 
-ReducedPicture decodereduced(const QByteArray& data, const std::function<QSize(QSize)>& shownsize) {
-    const TjHandle tj(tjInitDecompress());
-    if (!tj)
+ReducedPicture decodereduced(const QString& path, const std::function<QSize(QSize)>& shownsize) {
+    const FilePtr file(std::fopen(nativepath(path).constData(), "rb"));
+    if (!file)
         return {};
-    const auto* bytes = reinterpret_cast<const unsigned char*>(data.constData());
-    const auto size = static_cast<unsigned long>(data.size());
-    int width = 0, height = 0, subsampling = 0, colorspace = 0;
-    if (tjDecompressHeader3(tj.get(), bytes, size, &width, &height, &subsampling, &colorspace) != 0)
+    Decompression decompression;
+    jpeg_decompress_struct& info = decompression.info();
+    if (!decompression.readheader(file.get()))
         return {};
-    if (colorspace == TJCS_CMYK || colorspace == TJCS_YCCK || width < 1 || height < 1)
+    if (info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK || info.image_width < 1 ||
+        info.image_height < 1)
         return {};
-    const QSize photo(width, height);
-    const QSize decoded = shownsize ? reducedsize(photo, shownsize(photo)) : photo;
-    QImage image(decoded, QImage::Format_RGB888);
-    if (image.isNull())
+    // A progressive photo is held whole as coefficients even at 1/8; one too large for this is
+    // not shown rather than taking gigabytes from the machine for a preview. The file itself is
+    // read as it is decoded, never whole.
+    info.mem->max_memory_to_use = maxshowncoefficients;
+    const QSize photo(int(info.image_width), int(info.image_height));
+    info.scale_num = 1;
+    info.scale_denom = shownsize ? reduction(photo, shownsize(photo)) : 1;
+    info.dct_method = JDCT_IFAST;
+    if (!decompression.start(JCS_RGB))
         return {};
-    if (tjDecompress2(tj.get(), bytes, size, image.bits(), decoded.width(), int(image.bytesPerLine()),
-                      decoded.height(), TJPF_RGB, TJFLAG_FASTDCT) != 0 &&
-        tjGetErrorCode(tj.get()) != TJERR_WARNING)
+    QImage image(int(info.output_width), int(info.output_height), QImage::Format_RGB888);
+    if (image.isNull() || !decompression.readrows(image))
         return {};
     return {image, photo};
 }

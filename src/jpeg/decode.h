@@ -51,11 +51,12 @@ struct ReducedPicture {
     QSize photosize;
 };
 
-// Decodes JPEG data for showing, fast, at the smallest of the decoder's reductions (1/2, 1/4,
+// Decodes a JPEG file for showing, fast, at the smallest of the decoder's reductions (1/2, 1/4,
 // 1/8) that still covers `shownsize(the photo's size)` both ways; with no `shownsize`, whole.
-// Damaged data gives what could be decoded of it; CMYK data gives nothing, since a guessed
-// conversion would show false colours.
-[[nodiscard]] ReducedPicture decodereduced(const QByteArray& data, const std::function<QSize(QSize)>& shownsize);
+// The file is read as it is decoded. Damaged data gives what could be decoded of it; CMYK data
+// gives nothing, since a guessed conversion would show false colours; nor does a progressive
+// photo whose coefficients would take more than half a gigabyte.
+[[nodiscard]] ReducedPicture decodereduced(const QString& path, const std::function<QSize(QSize)>& shownsize);
 
 // True when `data` begins as JPEG data does.
 [[nodiscard]] bool isjpegdata(const QByteArray& data);

@@ -5,6 +5,7 @@
 #include "support/fileio.h"
 
 #include <QImageReader>
+#include <unistd.h>
 
 namespace pivotel {
 
@@ -20,15 +21,19 @@ ReducedPicture decodebyplugin(const QString& path) {
     return {image.convertToFormat(QImage::Format_RGB888), image.size()};
 }
 
+// True when the file's first bytes are those of JPEG data.
+bool holdsjpeg(const QString& path) {
+    const Result<UniqueFd> file = openregular(path);
+    QByteArray start(3, '\0');
+    return file && ::read(file.value().get(), start.data(), 3) == 3 && isjpegdata(start);
+}
+
 ReducedPicture decodefile(const QString& path, const std::function<QSize(QSize)>& shownsize) {
     const bool jpegname = hasextension(path, extensions::loadpicturefast());
     if (!jpegname && !hasextension(path, extensions::heic()))
         return {};
-    const auto data = readwholefile(path);
-    if (!data)
-        return {};
-    if (jpegname || isjpegdata(*data))
-        return decodereduced(*data, shownsize);
+    if (jpegname || holdsjpeg(path))
+        return decodereduced(path, shownsize);
     return decodebyplugin(path);
 }
 
