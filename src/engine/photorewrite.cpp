@@ -147,10 +147,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     if (!S_ISREG(photostat.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
     // A new file in its place would leave the other names holding the old photo.
-    if (photostat.st_nlink > 1)
-        return Status::failure(QStringLiteral("it has %1 names (hard links), which a turn would split: "
-                                              "it is left as it is")
-                                   .arg(photostat.st_nlink));
+    const bool linked = photostat.st_nlink > 1;
     rewrite->mode_ = photostat.st_mode & 07777;
     rewrite->uid_ = photostat.st_uid;
     rewrite->gid_ = photostat.st_gid;
@@ -172,7 +169,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
         ::stat(native(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
     rewrite->datafolder_ = datafolder;
     rewrite->beside_ = !samefilesystem && !roundabout;
-    rewrite->inplace_ = roundabout && !(samefilesystem && folderwritable);
+    rewrite->inplace_ = linked || (roundabout && !(samefilesystem && folderwritable));
     rewrite->working_ = !rewrite->beside_
                             ? datafolderworking(datafolder, rewrite->slot_)
                             : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;

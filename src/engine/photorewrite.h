@@ -29,11 +29,12 @@ inline constexpr int rewriteslots = 64;
 class PhotoRewrite {
   public:
     // Prepares the rewrite of `photo` (of the file it names, through any symbolic links); fails
-    // when the photo or its folder can't be written, or the photo has several hard links.
+    // when the photo or its folder can't be written. A photo with several names (hard links)
+    // has its own content rewritten, so that every name shows the turned photo.
     // A free slot is taken, `preferredslot` first; when all are busy, it waits for that one.
     // `roundabout` (the sandboxed flavour, in a folder it wasn't granted): the working file is
     // always the data folder's, and a photo whose folder can't take the renamed file (read-only,
-    // or on another file system) has its own content rewritten (rewriteinplace).
+    // or on another file system) has its own content rewritten too (rewriteinplace).
     static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder,
                                                        int preferredslot = 0, bool roundabout = false);
 

@@ -164,7 +164,8 @@ TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
     // Paths given to the program go onto the list as a drop of them would.
     QTemporaryDir folder;
     writepattern(folder.filePath("a.jpg"), 8, 8);
-    App app(dialogs, desktop, {folder.path(), "no-such.jpg"});
+    App app(dialogs, desktop, {folder.path(), "no-such.jpg"}, true);
+    EXPECT_TRUE(app.mainmodule().forappstore()); // the flavour the program was built as
     EXPECT_TRUE(QTest::qWaitFor([&] { return app.mainmodule().photolist().count() == 1; }));
     EXPECT_FALSE(QFileInfo::exists(datafolder() + "/xtemp.jpg"));
     EXPECT_TRUE(app.mainmodule().isVisible());
