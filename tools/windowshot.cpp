@@ -38,6 +38,7 @@ class SampleDialogs : public Dialogs {
         return {};
     }
     QString choosefolder(QWidget*, const QString&, const QString&) override { return folder_; }
+    bool grantfolder(QWidget*, const FolderPanel&) override { return true; }
     bool ask(QWidget*, const Question&) override { return true; }
     void tell(QWidget*, const QString&) override {}
     // A real menu, open long enough for `whileopen`, then dismissed.

@@ -13,7 +13,7 @@
 
 namespace pivotel {
 
-App::App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths) {
+App::App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths, bool forappstore) {
     QCoreApplication::setApplicationName(justappname());
     QCoreApplication::setApplicationVersion(versiontext());
     QApplication::setWindowIcon(appicon());
@@ -22,7 +22,7 @@ App::App(Dialogs& dialogs, Desktop& desktop, const QStringList& paths) {
     ensurefolder(datafolder());
     cleanleftovers(datafolder());
 
-    mainmodule_ = std::make_unique<MainModule>(dialogs, settings_);
+    mainmodule_ = std::make_unique<MainModule>(dialogs, settings_, forappstore);
     auto* menus = new Menus(*mainmodule_, dialogs, desktop);
     mainmodule_->show();
     QStringList absolute;

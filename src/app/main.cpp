@@ -16,6 +16,6 @@ int main(int argc, char* argv[]) {
     QStringList paths;
     for (int i = 1; i < argc; ++i)
         paths << pivotel::pathfromnative(argv[i]);
-    pivotel::App app(dialogs, desktop, paths);
+    pivotel::App app(dialogs, desktop, paths, PIVOTEL_FORAPPSTORE);
     return QApplication::exec();
 }

@@ -1,5 +1,7 @@
 #include "engine/photorewrite.h"
 
+#include "engine/inplacerewrite.h"
+#include "engine/roundabout.h"
 #include "support/fileio.h"
 #include "support/nativepath.h"
 #include "support/places.h"
@@ -130,7 +132,7 @@ Status copyattributes(int from, int to) {
 } // namespace
 
 Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder,
-                                                          int preferredslot) {
+                                                          int preferredslot, bool roundabout) {
     std::unique_ptr<PhotoRewrite> rewrite(new PhotoRewrite());
     // A photo reached through a symbolic link is replaced where it lies; the link stays a link.
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native(photo).constData(), nullptr),
@@ -145,17 +147,15 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     if (!S_ISREG(photostat.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
     // A new file in its place would leave the other names holding the old photo.
-    if (photostat.st_nlink > 1)
-        return Status::failure(QStringLiteral("it has %1 names (hard links), which a turn would split: "
-                                              "it is left as it is")
-                                   .arg(photostat.st_nlink));
+    const bool linked = photostat.st_nlink > 1;
     rewrite->mode_ = photostat.st_mode & 07777;
     rewrite->uid_ = photostat.st_uid;
     rewrite->gid_ = photostat.st_gid;
 
     const QFileInfo photoinfo(rewrite->photo_);
     const QString photofolder = photoinfo.absolutePath();
-    if (::access(native(photofolder).constData(), W_OK) != 0)
+    const bool folderwritable = ::access(native(photofolder).constData(), W_OK) == 0;
+    if (!folderwritable && !roundabout)
         return Status::failure(QStringLiteral("its folder can't be written (%1)").arg(errnotext(errno)));
 
     if (!ensurefolder(datafolder))
@@ -168,8 +168,9 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     const bool samefilesystem =
         ::stat(native(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
     rewrite->datafolder_ = datafolder;
-    rewrite->beside_ = !samefilesystem;
-    rewrite->working_ = samefilesystem
+    rewrite->beside_ = !samefilesystem && !roundabout;
+    rewrite->inplace_ = linked || (roundabout && !(samefilesystem && folderwritable));
+    rewrite->working_ = !rewrite->beside_
                             ? datafolderworking(datafolder, rewrite->slot_)
                             : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;
     if (rewrite->beside_) {
@@ -195,6 +196,9 @@ Status PhotoRewrite::commit() {
     // The photo may have gone while it was worked on; don't bring it back.
     if (::access(native(photo_).constData(), F_OK) != 0)
         return Status::failure(QStringLiteral("the photo vanished during its turn"));
+    // The working file stays uncommitted: it goes with the rewrite.
+    if (inplace_)
+        return rewriteinplace(photo_, working_, datafolder_, slot_);
     {
         UniqueFd fd(::open(working.constData(), O_RDONLY | O_CLOEXEC));
         if (!fd.valid())
@@ -234,6 +238,8 @@ void cleanleftovers(const QString& datafolder) {
         // A run in another process holds the lock; its working files are in use.
         if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
             continue;
+        // An interrupted rewrite in place may need the working file.
+        cleanroundabout(datafolder, slot);
         removeworkingfiles(datafolderworking(datafolder, slot));
         const QString journal = journalfile(datafolder, slot);
         const auto noted = readwholefile(journal);

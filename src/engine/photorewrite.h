@@ -29,10 +29,14 @@ inline constexpr int rewriteslots = 64;
 class PhotoRewrite {
   public:
     // Prepares the rewrite of `photo` (of the file it names, through any symbolic links); fails
-    // when the photo or its folder can't be written, or the photo has several hard links.
+    // when the photo or its folder can't be written. A photo with several names (hard links)
+    // has its own content rewritten, so that every name shows the turned photo.
     // A free slot is taken, `preferredslot` first; when all are busy, it waits for that one.
+    // `roundabout` (the sandboxed flavour, in a folder it wasn't granted): the working file is
+    // always the data folder's, and a photo whose folder can't take the renamed file (read-only,
+    // or on another file system) has its own content rewritten too (rewriteinplace).
     static Result<std::unique_ptr<PhotoRewrite>> begin(const QString& photo, const QString& datafolder,
-                                                       int preferredslot = 0);
+                                                       int preferredslot = 0, bool roundabout = false);
 
     PhotoRewrite(const PhotoRewrite&) = delete;
     PhotoRewrite& operator=(const PhotoRewrite&) = delete;
@@ -42,6 +46,7 @@ class PhotoRewrite {
     const QString& photo() const { return photo_; }
     const QString& workingpath() const { return working_; }
     int slot() const { return slot_; }
+    const QString& datafolder() const { return datafolder_; }
 
     // Flushes the working file, gives it the photo's owner, exact permission bits, extended
     // attributes and ACLs, and renames it over the photo.
@@ -57,6 +62,7 @@ class PhotoRewrite {
     gid_t gid_ = 0;
     QString datafolder_;
     bool beside_ = false;
+    bool inplace_ = false;
     int slot_ = 0;
     UniqueFd lock_;
     bool committed_ = false;

@@ -4,6 +4,8 @@
 #include "photolist/photolistmodel.h"
 
 #include <QString>
+#include <QStringList>
+#include <optional>
 
 namespace pivotel {
 
@@ -24,10 +26,13 @@ struct RunOptions {
     SelectionRule selection() const { return {normalprocessall, uselosslessrotation}; }
 };
 
-// Where a run finds the metadata tool and keeps its temporary files.
+// Where a run finds the metadata tool and keeps its temporary files, and where it may write.
 struct RunPlaces {
     QString datafolder;
     QString toolfile;
+    // The sandboxed flavour's granted folders (sandboxfolder), frozen when the run starts; none
+    // in the direct build, which writes wherever a photo lies.
+    std::optional<QStringList> sandboxfolder = std::nullopt;
 };
 
 } // namespace pivotel

@@ -7,6 +7,7 @@
 #include "engine/normalrotate.h"
 #include "engine/photolock.h"
 #include "engine/photorewrite.h"
+#include "engine/roundabout.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
 #include "photolist/probes.h"
@@ -232,15 +233,20 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
         dates = read.value();
     }
 
-    auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder, worker);
+    // The sandboxed flavour: no metadata dump, and the roundabout way outside its folders.
+    const bool sandboxed = places_.sandboxfolder.has_value();
+    const bool roundabout = sandboxed && !isgranted(*places_.sandboxfolder, photo.path);
+    auto rewrite = PhotoRewrite::begin(photo.path, places_.datafolder, worker, roundabout);
     if (!rewrite)
         return rewrite.status();
     const QString& working = rewrite.value()->workingpath();
 
-    step("dumping its metadata");
     ExifTransplant transplant(tool, pexiffolder(places_.datafolder), rewrite.value()->slot());
-    if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
-        return dumped;
+    if (!sandboxed) {
+        step("dumping its metadata");
+        if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
+            return dumped;
+    }
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
     const Result<Rotation> rotated =
         options_.uselosslessrotation ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
@@ -248,6 +254,11 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
     if (!rotated)
         return rotated.status();
     notes = rotated->notes;
+    if (roundabout) {
+        step("setting it upright the roundabout way");
+        if (Status upright = updateexif(tool, *rewrite.value(), rotated->size); !upright)
+            return upright;
+    }
     step("setting its metadata upright and checking the new file");
     if (Status finished = finishturn(photo.path, working, photo.action, *rotated, tool, notes); !finished)
         return finished;

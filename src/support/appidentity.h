@@ -8,9 +8,6 @@ namespace pivotel {
 
 // The program's identity, fixed when it is built.
 
-// The build flavour: true for the sandboxed build, which asks for write access to folders.
-inline constexpr bool forappstore = PIVOTEL_FORAPPSTORE;
-
 inline constexpr int majorversion = PIVOTEL_VERSION_MAJOR;
 inline constexpr int minorversion = PIVOTEL_VERSION_MINOR;
 inline constexpr int bugversion = PIVOTEL_VERSION_PATCH;

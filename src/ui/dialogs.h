@@ -18,6 +18,14 @@ struct Question {
     QString no;
 };
 
+// A folder panel that asks the user to choose one folder, starting in `folder`.
+struct FolderPanel {
+    QString title;
+    QString message;
+    QString prompt; // the default button's text
+    QString folder;
+};
+
 // Every dialog the window shows goes through here: the program uses real Qt dialogs, the tests
 // answer from a script, so that no test ever waits on a modal.
 class Dialogs {
@@ -30,6 +38,8 @@ class Dialogs {
                                     const QStringList& types) = 0;
     // One folder. Empty when the user cancels.
     virtual QString choosefolder(QWidget* parent, const QString& prompt, const QString& folder) = 0;
+    // True when the user pressed the panel's default button, whatever folder was chosen.
+    virtual bool grantfolder(QWidget* parent, const FolderPanel& panel) = 0;
     // True when the action button was pressed.
     virtual bool ask(QWidget* parent, const Question& question) = 0;
     // A message with one button.

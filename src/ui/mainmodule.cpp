@@ -22,13 +22,16 @@
 
 namespace pivotel {
 
-MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* parent)
-    : QMainWindow(parent), dialogs_(dialogs), settings_(settings), list_(new PhotoListModel(this)),
-      ui_(MainLayout::build(*this, *list_)), intake_(*list_, state_, dialogs, intakewindow()),
-      preview_(*ui_.imagepreview) {
+MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, bool forappstore, QWidget* parent)
+    : QMainWindow(parent), dialogs_(dialogs), settings_(settings), forappstore_(forappstore),
+      list_(new PhotoListModel(this)), ui_(MainLayout::build(*this, *list_)),
+      intake_(*list_, state_, dialogs, intakewindow()), preview_(*ui_.imagepreview) {
     setObjectName(QStringLiteral("mainmodule"));
     setWindowTitle(justappname());
     connect(ui_.options, &OptionsPanel::admissionchanged, &intake_, &PhotoIntake::optionschanged);
+    if (forappstore_)
+        connect(&intake_, &PhotoIntake::folderchosen, this,
+                [this](const QString& folder) { grants_.grant(folder); });
     connect(ui_.list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { Listbox1_SelectionChanged(); });
     ui_.list->viewport()->installEventFilter(this);
@@ -72,7 +75,7 @@ void MainModule::opening() {
     state_.isrunning = false;
     state_.boliao = true;
     // The sandboxed build keeps the plain title.
-    if (!forappstore)
+    if (!forappstore_)
         setWindowTitle(appname());
     toolbar_ = new MainToolbar(this);
     addToolBar(Qt::TopToolBarArea, toolbar_);
@@ -229,14 +232,18 @@ void MainModule::prepwork() {
         dialogs_.tell(this, QStringLiteral("There Is Nothing to Process"));
         return;
     }
+    if (forappstore_)
+        grants_.whichfolderneeded(this, dialogs_, *list_);
     ui_.rowcounter->setText(QStringLiteral("Starting ..."));
     state_.xstatus = QStringLiteral("Starting ...");
     list_->makelist(options.selection());
     state_.boliao = false;
     state_.isrunning = true;
     updatetimer_.start();
-    processthread_ =
-        std::make_unique<RunSession>(list_->filelist(), options, RunPlaces{datafolder(), toolfile()});
+    RunPlaces places{datafolder(), toolfile()};
+    if (forappstore_)
+        places.sandboxfolder = grants_.sandboxfolder();
+    processthread_ = std::make_unique<RunSession>(list_->filelist(), options, places);
     connect(processthread_.get(), &RunSession::photostarted, this, &MainModule::photostarted);
     // A turned photo's thumbnail is made again as soon as its row is painted.
     connect(processthread_.get(), &RunSession::photofinished, ui_.list->viewport(),

@@ -4,6 +4,7 @@
 #include "photolist/liststate.h"
 #include "photolist/photolistmodel.h"
 #include "photolist/recheckjob.h"
+#include "ui/foldergrants.h"
 #include "ui/mainlayout.h"
 #include "ui/photointake.h"
 #include "ui/photopreview.h"
@@ -25,14 +26,17 @@ class MainModule : public QMainWindow {
     Q_OBJECT
   public:
     // Makes the window's controls and opens it: settings loaded, toolbar installed, the
-    // metadata tool started once.
-    MainModule(Dialogs& dialogs, SettingsStore& settings, QWidget* parent = nullptr);
+    // metadata tool started once. `forappstore`: the sandboxed flavour, which keeps the plain
+    // title and asks for write access to the folders of a run.
+    MainModule(Dialogs& dialogs, SettingsStore& settings, bool forappstore = false,
+               QWidget* parent = nullptr);
     // A run still going ends after its photo in work, which is finished or left whole.
     ~MainModule() override;
 
     const PhotoListModel& photolist() const { return *list_; }
     const ListState& state() const { return state_; }
     MainToolbar* toolbar() const { return toolbar_; }
+    bool forappstore() const { return forappstore_; }
     // No intake and no preview decode is under way.
     [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy() && !recheck_; }
 
@@ -109,6 +113,8 @@ class MainModule : public QMainWindow {
 
     Dialogs& dialogs_;
     SettingsStore& settings_;
+    const bool forappstore_;
+    FolderGrants grants_; // the sandboxed flavour's
     ListState state_;
     PhotoListModel* list_;
     MainLayout ui_;

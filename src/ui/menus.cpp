@@ -180,7 +180,7 @@ void Menus::buildhelp() {
     menu->setSeparatorsCollapsible(false);
     additem(menu, "CheckforUpdatesItem", QStringLiteral("Check for Updates"), {}, [this] {
         checkforupdates(true);
-    })->setVisible(!forappstore);
+    })->setVisible(!window_.forappstore());
 }
 
 AboutWindow& Menus::about() {

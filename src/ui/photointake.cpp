@@ -66,6 +66,7 @@ void PhotoIntake::loadfolders(std::function<void()> then) {
              QStringLiteral("Yes"), QStringLiteral("No")});
     }
     nowfolder_ = folder;
+    emit folderchosen(folder);
     startjob({{}, folder, recursive}, std::move(then));
 }
 

@@ -52,6 +52,10 @@ class PhotoIntake : public QObject {
     // The user changed the intake options: photos not yet judged follow them.
     void optionschanged();
 
+  signals:
+    // Load Folders took this folder.
+    void folderchosen(const QString& folder);
+
   private:
     [[nodiscard]] QString startfolder() const;
     void startjob(IntakeRequest request, std::function<void()> then);

@@ -1,6 +1,8 @@
 #include "ui/qtdialogs.h"
 
 #include <QFileDialog>
+#include <QGridLayout>
+#include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -33,6 +35,21 @@ QString QtDialogs::choosefolder(QWidget* parent, const QString& prompt, const QS
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     return dialog.selectedFiles().constFirst();
+}
+
+bool QtDialogs::grantfolder(QWidget* parent, const FolderPanel& panel) {
+    // Qt's own dialog, which has room for the panel's message under its controls.
+    QFileDialog dialog(parent, panel.title, panel.folder);
+    dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly, true);
+    dialog.setLabelText(QFileDialog::Accept, panel.prompt);
+    if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
+        auto* message = new QLabel(panel.message, &dialog);
+        message->setWordWrap(true);
+        grid->addWidget(message, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+    return dialog.exec() == QDialog::Accepted;
 }
 
 bool QtDialogs::ask(QWidget* parent, const Question& question) {

@@ -33,11 +33,13 @@ struct ScriptedDialogs : Dialogs {
     std::deque<QString> folders;
     std::deque<bool> answers;
     std::deque<std::optional<int>> picks; // pop-up menus: the entry chosen, none to dismiss
+    std::deque<bool> grants;              // folder panels: the default button pressed or not
     QStringList menus;                    // each pop-up's entries, joined by '|', "(greyed)" after
     std::function<void()> during;         // run inside the next question or message
     QStringList opened;                   // "title|start folder|types" of each chooser
     std::vector<Question> questions;
     QStringList told;
+    std::vector<FolderPanel> panels;
 
     QStringList choosefiles(QWidget*, const QString& title, const QString& folder,
                             const QStringList& types) override {
@@ -47,6 +49,10 @@ struct ScriptedDialogs : Dialogs {
     QString choosefolder(QWidget*, const QString& prompt, const QString& folder) override {
         opened << prompt + '|' + folder;
         return next(folders, "folder dialog");
+    }
+    bool grantfolder(QWidget*, const FolderPanel& panel) override {
+        panels.push_back(panel);
+        return next(grants, "folder panel");
     }
     bool ask(QWidget*, const Question& question) override {
         questions.push_back(question);
@@ -95,7 +101,7 @@ class WindowTest : public ::testing::Test {
     }
     void openwindow() {
         window.reset();
-        window = std::make_unique<MainModule>(dialogs, store);
+        window = std::make_unique<MainModule>(dialogs, store, forappstore);
         menus = new Menus(*window, dialogs, desktop, PIVOTEL_TEST_RESOURCES);
         window->show();
         // Focus moves, and leaving a field is seen, only in the active window.
@@ -194,6 +200,7 @@ class WindowTest : public ::testing::Test {
     ScriptedDialogs dialogs;
     NotedDesktop desktop;
     PreferencesStore store;
+    bool forappstore = false; // the flavour of the windows opened
     std::unique_ptr<MainModule> window;
     Menus* menus = nullptr; // the window's
 };
