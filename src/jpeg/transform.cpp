@@ -1,9 +1,14 @@
 #include "jpeg/transform.h"
 
 #include "jpeg/jpegerror.h"
+#include "jpeg/libjpegextras.h"
+#include "jpeg/progressivewriter.h"
 #include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
+#include "jpeg/turnedheader.h"
 #include "support/fileio.h"
+
+#include <optional>
 
 namespace pivotel {
 
@@ -90,6 +95,75 @@ class SourceReader {
     jpeg_decompress_struct info_{};
 };
 
+// Takes the turned coefficients from TurboJPEG's transform one row of blocks at a time, in
+// zigzag order for the scan coder.
+struct Capture {
+    CoefficientPlanes* planes = nullptr;
+    bool unexpected = false; // the rows are not of the frame we worked out: don't use them
+};
+
+int capturerow(short* coefficients, tjregion arrayregion, tjregion planeregion, int component, int,
+               tjtransform* transform) {
+    auto* capture = static_cast<Capture*>(transform->data);
+    auto& components = capture->planes->components;
+    if (component < 0 || std::size_t(component) >= components.size()) {
+        capture->unexpected = true;
+        return 0;
+    }
+    ComponentPlane& plane = components[std::size_t(component)];
+    if (planeregion.w != plane.widthblocks * 8 || planeregion.h != plane.heightblocks * 8) {
+        capture->unexpected = true;
+        return 0;
+    }
+    const int row = arrayregion.y / 8;
+    if (row >= plane.heightblocks) // the padding of the last row of MCUs
+        return 0;
+    int16_t* out = plane.values.get() + std::size_t(row) * std::size_t(plane.widthblocks) * 64;
+    for (int block = 0; block < plane.widthblocks; ++block, out += 64, coefficients += 64)
+        for (int k = 0; k < 64; ++k)
+            out[k] = coefficients[jpeg_natural_order[k]];
+    return 0;
+}
+
+// The transform with our own progressive writer: TurboJPEG turns the coefficients and writes
+// nothing, we code the scans, several at once. The bytes are those TurboJPEG would write. No
+// answer when this path can't be sure of that or the data has any flaw: the caller then takes
+// TurboJPEG's own path, which words warnings and errors.
+std::optional<QByteArray> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                                               int threads) {
+    auto header = turnedheader(data, op, edges);
+    if (!header)
+        return std::nullopt;
+    for (ComponentPlane& plane : header->frame.components)
+        plane.allocate();
+    const auto script = simpleprogression(int(header->frame.components.size()), header->colorspace);
+    if (script.empty())
+        return std::nullopt;
+
+    const TjHandle tj(tjInitTransform());
+    if (!tj)
+        return std::nullopt;
+    Capture capture;
+    capture.planes = &header->frame;
+    tjtransform transform{};
+    transform.op = transformop(op);
+    transform.options = TJXOPT_PROGRESSIVE | TJXOPT_NOOUTPUT | edgeoptions(edges);
+    transform.data = &capture;
+    transform.customFilter = capturerow;
+    unsigned char* output = nullptr;
+    unsigned long outputsize = 0;
+    const int rc =
+        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+    const TjBuffer owned(output);
+    if (rc != 0 || capture.unexpected)
+        return std::nullopt;
+    auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
+    if (!written)
+        return std::nullopt;
+    return std::move(written).value();
+}
+
 } // namespace
 
 Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
@@ -114,7 +188,15 @@ Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
     return PartialEdges{};
 }
 
-Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges, const QString& target) {
+Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                              const QString& target, int threads) {
+    if (const auto turned = progressivetransform(data, op, edges, threads)) {
+        const Status written = writewholefile(target, turned->constData(), turned->size());
+        if (!written)
+            return Status::failure(
+                QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return QString();
+    }
     const TjHandle tj(tjInitTransform());
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
@@ -126,8 +208,9 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     unsigned char* output = nullptr;
     unsigned long outputsize = 0;
-    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                               static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+    const int rc =
+        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
     const TjBuffer owned(output);
     // TurboJPEG reports a warning that came before an error as a warning, and may leave half a
     // result then: libjpeg, reading the data as the transform did, tells the two apart. Sound
@@ -138,8 +221,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
         if (!reader.wholedata())
             return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
         if (tjGetErrorCode(tj.get()) != TJERR_WARNING)
-            return Status::failure(
-                QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+            return Status::failure(QStringLiteral("damaged JPEG data (%1)")
+                                       .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
         warning = reader.warning();
     }
     if (!output || outputsize == 0)
@@ -147,7 +230,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
     if (!written)
-        return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return Status::failure(
+            QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
     return warning;
 }
 
