@@ -6,6 +6,7 @@
 #include <atomic>
 #include <numeric>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 namespace pivotel {
@@ -68,8 +69,12 @@ Result<QByteArray> writeprogressive(QByteArray head, const CoefficientPlanes& pl
     };
     std::vector<std::thread> helpers;
     const int extra = std::clamp(threads, 1, int(script.size())) - 1;
-    for (int i = 0; i < extra; ++i)
-        helpers.emplace_back(work);
+    try {
+        for (int i = 0; i < extra; ++i)
+            helpers.emplace_back(work);
+    } catch (const std::system_error&) {
+        // No more threads to be had: those there are do all the scans.
+    }
     work();
     for (std::thread& helper : helpers)
         helper.join();

@@ -30,6 +30,7 @@ class CountSink {
     using Counts = std::array<std::array<long, 257>, tableslots>;
     explicit CountSink(Counts& counts) : counts_(counts) {}
     void symbol(int table, int value) { ++counts_[std::size_t(table)][std::size_t(value)]; }
+    void symbolbits(int table, int value, unsigned, int) { symbol(table, value); }
     void bits(unsigned, int) {}
     void buffered(const char*, unsigned) {}
     void flush() {}
@@ -52,8 +53,14 @@ class BitSink {
         const CodeTable& t = tables_[std::size_t(table)];
         bits(t.code[std::size_t(value)], t.size[std::size_t(value)]);
     }
+    // A symbol and the `count` bits that follow it (up to 11), in one go.
+    void symbolbits(int table, int value, unsigned extra, int count) {
+        const CodeTable& t = tables_[std::size_t(table)];
+        const int size = t.size[std::size_t(value)];
+        bits((t.code[std::size_t(value)] << count) | (extra & ((1u << count) - 1)), size + count);
+    }
     void bits(unsigned value, int count) {
-        buffer_ = (buffer_ << count) | (value & ((1u << count) - 1));
+        buffer_ = (buffer_ << count) | (value & ((uint64_t(1) << count) - 1));
         count_ += count;
         if (count_ >= 32)
             drain();
@@ -82,6 +89,19 @@ class BitSink {
         if (out_.size() - used_ < 16)
             out_.resize(out_.size() * 2 + 64);
         char* at = out_.data() + used_;
+        if (count_ >= 32) {
+            // Four bytes at once unless one of them needs a 0 after it.
+            const auto word = static_cast<uint32_t>(buffer_ >> (count_ - 32));
+            const uint32_t inverse = ~word; // a 0xFF byte is a zero byte of this
+            if (((inverse - 0x01010101u) & ~inverse & 0x80808080u) == 0) {
+                at[0] = char(word >> 24);
+                at[1] = char(word >> 16);
+                at[2] = char(word >> 8);
+                at[3] = char(word);
+                at += 4;
+                count_ -= 32;
+            }
+        }
         while (count_ >= 8) {
             count_ -= 8;
             const auto byte = static_cast<unsigned char>(buffer_ >> count_);
@@ -118,9 +138,7 @@ template <typename Sink> class ScanCoder {
         const int nbits = bitlength(magnitude);
         if (nbits > 11)
             failed_ = true;
-        sink_.symbol(table, nbits);
-        if (nbits)
-            sink_.bits(magnitude ^ unsigned(sign), nbits);
+        sink_.symbolbits(table, nbits, magnitude ^ unsigned(sign), nbits);
     }
 
     void dcrefine(int value) { sink_.bits(unsigned(value >> low_), 1); }
@@ -143,8 +161,8 @@ template <typename Sink> class ScanCoder {
             const int nbits = bitlength(magnitude);
             if (nbits > 10)
                 failed_ = true;
-            sink_.symbol(actable_, (run << 4) + nbits);
-            sink_.bits((p.negative >> k) & 1 ? ~magnitude : magnitude, nbits);
+            sink_.symbolbits(actable_, (run << 4) + nbits, (p.negative >> k) & 1 ? ~magnitude : magnitude,
+                             nbits);
             ++k;
             nonzero >>= 1;
         }
@@ -180,8 +198,7 @@ template <typename Sink> class ScanCoder {
                 pendingbits[pending++] = char(magnitude & 1);
             } else {
                 emiteobrun();
-                sink_.symbol(actable_, (run << 4) + 1);
-                sink_.bits(unsigned(positive & 1), 1);
+                sink_.symbolbits(actable_, (run << 4) + 1, unsigned(positive & 1), 1);
                 sink_.buffered(pendingbits, pending);
                 pendingbits = correction_.data();
                 pending = 0;
