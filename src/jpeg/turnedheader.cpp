@@ -180,6 +180,8 @@ std::optional<TurnedHeader> turnedheader(const QByteArray& data, JpegTransform o
 
     TurnedHeader turned;
     turned.colorspace = source.colorspace;
+    turned.sourcewidth = source.width;
+    turned.sourceheight = source.height;
     CoefficientPlanes& frame = turned.frame;
     const bool transpose = transposes(op);
     for (int ci = 0; ci < count; ++ci) {

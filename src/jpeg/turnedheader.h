@@ -16,6 +16,7 @@ struct TurnedHeader {
     QByteArray bytes;        // SOI through SOF2
     CoefficientPlanes frame; // sizes and table slots; no blocks yet
     int colorspace = 0;      // libjpeg's J_COLOR_SPACE of the frame
+    int sourcewidth = 0, sourceheight = 0; // the source frame's size in pixels
 };
 
 // Reads the header of the JPEG in `data`. No answer when libjpeg can't read it or it is of a kind
