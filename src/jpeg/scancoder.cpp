@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
+#ifdef __SSE2__
 #include <emmintrin.h>
+#endif
 
 namespace pivotel {
 
@@ -232,9 +233,10 @@ template <typename Sink> class ScanCoder {
 
     Prepared prepare(const int16_t* block) const {
         Prepared p;
+        uint64_t zeros = 0, ones = 0, negative = 0;
+#ifdef __SSE2__
         const __m128i shift = _mm_cvtsi32_si128(low_);
         const __m128i zero = _mm_setzero_si128(), one = _mm_set1_epi16(1);
-        uint64_t zeros = 0, ones = 0, negative = 0;
         for (int i = 0; i < 8; ++i) {
             const __m128i value = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 8 * i));
             const __m128i sign = _mm_srai_epi16(value, 15);
@@ -248,6 +250,16 @@ template <typename Sink> class ScanCoder {
             negative |= uint64_t(zs >> 8) << (8 * i);
             ones |= uint64_t(os & 0xFF) << (8 * i);
         }
+#else
+        for (int k = 0; k < 64; ++k) {
+            const int value = block[k];
+            const unsigned magnitude = unsigned(value < 0 ? -value : value) >> low_;
+            p.magnitudes[std::size_t(k)] = uint16_t(magnitude);
+            zeros |= uint64_t(magnitude == 0) << k;
+            ones |= uint64_t(magnitude == 1) << k;
+            negative |= uint64_t(value < 0) << k;
+        }
+#endif
         const uint64_t band = length_ == 64 ? ~uint64_t(0) : (uint64_t(1) << length_) - 1;
         p.nonzero = (~zeros >> first_) & band;
         p.ones = (ones >> first_) & band;
@@ -341,13 +353,16 @@ std::vector<int> scantables(const CoefficientPlanes& planes, const ScanPlan& pla
     return tables;
 }
 
+// The canonical codes of a table, as libjpeg derives them: by length, then in table order.
 CodeTable codesof(const JHUFF_TBL& table) {
     CodeTable codes;
     unsigned code = 0;
     int p = 0;
     for (int length = 1; length <= 16; ++length) {
-        for (int i = 0; i < table.bits[length]; ++i)
-            codes.code[table.huffval[p]] = code++, codes.size[table.huffval[p++]] = length;
+        for (int i = 0; i < table.bits[length]; ++i, ++p) {
+            codes.code[table.huffval[p]] = code++;
+            codes.size[table.huffval[p]] = length;
+        }
         code <<= 1;
     }
     return codes;

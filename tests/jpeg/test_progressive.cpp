@@ -4,6 +4,7 @@
 #include "jpeg/photofixture.h"
 #include "jpeg/transform.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <turbojpeg.h>
 
@@ -20,7 +21,9 @@ struct Source {
     int quality = 90;
     const char* env = nullptr; // TurboJPEG's encoder settings: restarts, progressive, arithmetic
     int exif = 0;              // an Exif segment first: 'M' or 'I' byte order
-    bool noise = false;        // many coefficients: long runs of refinement bits
+    // 'g' gradients; 'n' noise, many coefficients; 's' stripes, one large coefficient a block
+    // whose refinement bits pile up till libjpeg's limit
+    char look = 'g';
 };
 
 // An Exif segment whose Exif IFD holds the image width and height, which a quarter turn swaps.
@@ -54,8 +57,10 @@ QByteArray compress(const Source& s) {
         for (int c = 0; c < 4; ++c) {
             seed = seed * 1103515245 + 12345;
             const int base = c < 3 ? p.rgb[i * 3 + size_t(c)] : p.rgb[i * 3] / 2;
-            pixels[i * 4 + size_t(c)] =
-                s.noise ? static_cast<unsigned char>(seed >> 16) : static_cast<unsigned char>(base);
+            // One horizontal frequency only: each block refines one coefficient, one bit a block.
+            const int stripe = 128 + int(100 * std::cos((2 * int(i % size_t(s.width) % 8) + 1) * M_PI / 16));
+            const int value = s.look == 'n' ? int(seed >> 16) & 255 : s.look == 's' ? stripe : base;
+            pixels[i * 4 + size_t(c)] = static_cast<unsigned char>(value);
         }
     if (s.env)
         putenv(const_cast<char*>(s.env));
@@ -113,7 +118,8 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
         {"progressive source", 50, 34, TJSAMP_420, false, 85, "TJ_PROGRESSIVE=1"},
         {"arithmetic source", 34, 50, TJSAMP_422, false, 85, "TJ_ARITHMETIC=1"},
         {"smaller than a block", 7, 5, TJSAMP_420},
-        {"noise at 100", 120, 72, TJSAMP_444, false, 100, nullptr, 0, true},
+        {"noise at 100", 120, 72, TJSAMP_444, false, 100, nullptr, 0, 'n'},
+        {"stripes", 256, 256, TJSAMP_GRAY, false, 75, nullptr, 0, 's'},
         // 32768 flat blocks: the run of end-of-blocks outgrows its counter
         {"flat, wide", 2048, 1024, TJSAMP_GRAY, false, 50},
     };
