@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <type_traits>
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -172,6 +173,8 @@ template <typename Sink> class ScanCoder {
     }
 
     void acrefine(const int16_t* block) {
+        if constexpr (std::is_same_v<Sink, CountSink>)
+            return acrefinecount(block);
         const Prepared p = prepare(block);
         uint64_t nonzero = p.nonzero, positive = p.nonzero & ~p.negative;
         // The last coefficient that becomes nonzero in this pass.
@@ -210,6 +213,36 @@ template <typename Sink> class ScanCoder {
         }
         run |= length_ - k;
         if (run > 0 || pending > 0) {
+            ++eobrun_;
+            bufferedcount_ += pending;
+            if (eobrun_ == maxeobrun || bufferedcount_ > correctionlimit)
+                emiteobrun();
+        }
+    }
+
+    // The counting sweep of a refinement needs only the symbols, which follow from the masks:
+    // between two newly nonzero coefficients, the zeros give the ZRLs and the run; what follows
+    // the last one decides the end-of-block and how many correction bits wait with it.
+    void acrefinecount(const int16_t* block) {
+        const Prepared p = prepare(block);
+        const uint64_t band = length_ == 64 ? ~uint64_t(0) : (uint64_t(1) << length_) - 1;
+        const uint64_t zeros = ~p.nonzero & band, older = p.nonzero & ~p.ones;
+        uint64_t ones = p.ones;
+        int tail = 0; // just past the last newly nonzero coefficient
+        if (ones)
+            emiteobrun();
+        while (ones) {
+            const int at = std::countr_zero(ones);
+            const int run = std::popcount(zeros & ((uint64_t(1) << at) - 1) & ~((uint64_t(1) << tail) - 1));
+            for (int i = 0; i < run / 16; ++i)
+                sink_.symbol(actable_, 0xF0);
+            sink_.symbol(actable_, ((run % 16) << 4) + 1);
+            tail = at + 1;
+            ones &= ones - 1;
+        }
+        const uint64_t after = tail >= 64 ? 0 : band & (~uint64_t(0) << tail);
+        const auto pending = unsigned(std::popcount(older & after));
+        if ((zeros & after) != 0 || pending > 0) {
             ++eobrun_;
             bufferedcount_ += pending;
             if (eobrun_ == maxeobrun || bufferedcount_ > correctionlimit)
