@@ -101,6 +101,7 @@ long long BlockTurn::placerow(CoefficientPlanes& out, int component, int row, co
             const int16_t value = blocks[r.from[std::size_t(k)]];
             to[k] = int16_t((value ^ r.flip[std::size_t(k)]) - r.flip[std::size_t(k)]);
         }
+        plane.dcs[std::size_t(y) * std::size_t(plane.widthblocks) + std::size_t(x)] = to[0];
         ++placed;
     }
     return placed;

@@ -18,8 +18,18 @@ struct ComponentPlane {
     // widthblocks * heightblocks * 64 values, left uninitialised until the blocks are copied in:
     // zeroing tens of megabytes first would cost as much as copying them.
     std::unique_ptr<int16_t[]> values;
+    // The DC of each block again, side by side: the DC scans read nothing else, and one value
+    // from every 128 bytes would cost them a cache miss a block.
+    std::unique_ptr<int16_t[]> dcs;
 
-    void allocate() { values.reset(new int16_t[std::size_t(widthblocks) * std::size_t(heightblocks) * 64]); }
+    std::size_t count() const { return std::size_t(widthblocks) * std::size_t(heightblocks); }
+    void allocate() {
+        values.reset(new int16_t[count() * 64]);
+        dcs.reset(new int16_t[count()]);
+    }
+    int dc(int row, int column) const {
+        return dcs[std::size_t(row) * std::size_t(widthblocks) + std::size_t(column)];
+    }
     const int16_t* block(int row, int column) const {
         return values.get() + (std::size_t(row) * std::size_t(widthblocks) + std::size_t(column)) * 64;
     }

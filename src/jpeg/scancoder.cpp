@@ -331,13 +331,13 @@ template <typename Sink> bool runscan(const CoefficientPlanes& planes, const Sca
     if (plan.components.size() == 1) {
         for (int row = 0; row < lead.heightblocks; ++row)
             for (int column = 0; column < lead.widthblocks; ++column) {
-                const int16_t* block = lead.block(row, column);
                 if (!dc)
-                    plan.high == 0 ? coder.acfirst(block) : coder.acrefine(block);
+                    plan.high == 0 ? coder.acfirst(lead.block(row, column))
+                                   : coder.acrefine(lead.block(row, column));
                 else if (plan.high == 0)
-                    coder.dcfirst(block[0], 0, lead.dctable);
+                    coder.dcfirst(lead.dc(row, column), 0, lead.dctable);
                 else
-                    coder.dcrefine(block[0]);
+                    coder.dcrefine(lead.dc(row, column));
             }
     } else {
         const int mcuwidth = 8 * planes.maxhsamp(), mcuheight = 8 * planes.maxvsamp();
@@ -352,7 +352,7 @@ template <typename Sink> bool runscan(const CoefficientPlanes& planes, const Sca
                         for (int x = 0; x < c.hsamp; ++x) {
                             const int row = mcurow * c.vsamp + y, column = mcucolumn * c.hsamp + x;
                             if (row < c.heightblocks && column < c.widthblocks)
-                                previous = c.block(row, column)[0];
+                                previous = c.dc(row, column);
                             if (plan.high == 0)
                                 coder.dcfirst(previous, int(slot), c.dctable);
                             else

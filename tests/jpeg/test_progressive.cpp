@@ -112,6 +112,7 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
         {"4:2:0 odd size, Exif big-endian", 61, 45, TJSAMP_420, false, 90, nullptr, 'M'},
         {"4:2:2 odd size, Exif little-endian", 45, 37, TJSAMP_422, false, 75, nullptr, 'I'},
         {"4:4:0", 40, 33, TJSAMP_440},
+        {"4:1:1 odd size", 67, 21, TJSAMP_411},
         {"4:4:4 with restarts", 48, 40, TJSAMP_444, false, 95, "TJ_RESTART=3B"},
         {"greyscale odd size", 53, 29, TJSAMP_GRAY},
         {"CMYK 4:2:0", 37, 27, TJSAMP_420, true},
