@@ -215,9 +215,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     unsigned char* output = nullptr;
     unsigned long outputsize = 0;
-    const int rc =
-        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                               static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
     const TjBuffer owned(output);
     // TurboJPEG reports a warning that came before an error as a warning, and may leave half a
     // result then: libjpeg, reading the data as the transform did, tells the two apart. Sound
@@ -228,8 +227,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
         if (!reader.wholedata())
             return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
         if (tjGetErrorCode(tj.get()) != TJERR_WARNING)
-            return Status::failure(QStringLiteral("damaged JPEG data (%1)")
-                                       .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+            return Status::failure(
+                QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
         warning = reader.warning();
     }
     if (!output || outputsize == 0)
@@ -237,8 +236,7 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
     if (!written)
-        return Status::failure(
-            QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
     return warning;
 }
 

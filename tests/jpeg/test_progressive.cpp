@@ -57,9 +57,11 @@ QByteArray compress(const Source& s) {
         for (int c = 0; c < 4; ++c) {
             seed = seed * 1103515245 + 12345;
             const int base = c < 3 ? p.rgb[i * 3 + size_t(c)] : p.rgb[i * 3] / 2;
-            // One horizontal frequency only: each block refines one coefficient, one bit a block.
-            const int stripe = 128 + int(100 * std::cos((2 * int(i % size_t(s.width) % 8) + 1) * M_PI / 16));
-            const int value = s.look == 'n' ? int(seed >> 16) & 255 : s.look == 's' ? stripe : base;
+            int value = base;
+            if (s.look == 'n')
+                value = int(seed >> 16) & 255;
+            else if (s.look == 's') // one horizontal frequency: one coefficient to refine a block
+                value = 128 + int(100 * std::cos((2 * int(i % size_t(s.width) % 8) + 1) * M_PI / 16));
             pixels[i * 4 + size_t(c)] = static_cast<unsigned char>(value);
         }
     if (s.env)
