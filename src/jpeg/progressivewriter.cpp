@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <numeric>
 #include <optional>
 #include <system_error>
@@ -64,8 +65,14 @@ Result<QByteArray> writeprogressive(QByteArray head, const CoefficientPlanes& pl
     std::vector<std::optional<Result<QByteArray>>> coded(script.size());
     std::atomic<std::size_t> next{0};
     const auto work = [&] {
-        for (std::size_t i = next++; i < order.size(); i = next++)
-            coded[order[i]].emplace(codescan(planes, script[order[i]]));
+        for (std::size_t i = next++; i < order.size(); i = next++) {
+            // Nothing may leave a helper thread: a scan that can't get its memory fails alone.
+            try {
+                coded[order[i]].emplace(codescan(planes, script[order[i]]));
+            } catch (const std::bad_alloc&) {
+                coded[order[i]].emplace(Status::failure(QStringLiteral("out of memory for a scan")));
+            }
+        }
     };
     std::vector<std::thread> helpers;
     const int extra = std::clamp(threads, 1, int(script.size())) - 1;
