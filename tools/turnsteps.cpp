@@ -1,6 +1,6 @@
 // Times the steps of one photo's lossless turn that run in memory, to weigh the metadata steps
 // and the check of the new file against the transform itself (bench/turnsteps.sh).
-// Usage: pivotel-turnsteps PHOTO [ROUNDS]
+// Usage: pivotel-turnsteps PHOTO [ROUNDS] [THREADS]
 
 #include "jpeg/exifpatch.h"
 #include "jpeg/probe.h"
@@ -40,10 +40,11 @@ int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     if (args.size() < 2) {
-        std::fprintf(stderr, "usage: pivotel-turnsteps PHOTO [ROUNDS]\n");
+        std::fprintf(stderr, "usage: pivotel-turnsteps PHOTO [ROUNDS] [THREADS]\n");
         return 2;
     }
     const int rounds = args.size() > 2 ? args[2].toInt() : 5;
+    const int threads = args.size() > 3 ? args[3].toInt() : 1;
     const auto original = readwholefile(args[1]);
     if (!original) {
         std::fprintf(stderr, "%s\n", qPrintable(original.reason()));
@@ -53,7 +54,8 @@ int main(int argc, char* argv[]) {
     const QString working = dir.filePath(QStringLiteral("turned.jpg"));
     bool ok = true;
     const double transform = best(rounds, [&] {
-        ok = ok && transformjpeg(*original, JpegTransform::Rotate90, EdgePolicy::Perfect, working).ok();
+        ok = ok &&
+             transformjpeg(*original, JpegTransform::Rotate90, EdgePolicy::Perfect, working, threads).ok();
     });
     QByteArray turned = readwholefile(working).value();
     const QByteArray trailer = trailerof(*original).value().toByteArray();
@@ -70,7 +72,8 @@ int main(int argc, char* argv[]) {
         std::fprintf(stderr, "a step failed\n");
         return 1;
     }
-    std::printf("%dx%d, best of %d\n", probe.size.width(), probe.size.height(), rounds);
+    std::printf("%dx%d, best of %d, %d thread(s)\n", probe.size.width(), probe.size.height(), rounds,
+                threads);
     std::printf("lossless transform:           %8.1f ms\n", transform);
     std::printf("EXIF set upright, trailer:    %8.1f ms (%.1f%%)\n", patch, 100 * patch / transform);
     std::printf("check of the new file:        %8.1f ms (%.1f%%)\n", check, 100 * check / transform);

@@ -1,9 +1,15 @@
 #include "jpeg/transform.h"
 
+#include "jpeg/blockturn.h"
 #include "jpeg/jpegerror.h"
+#include "jpeg/progressivewriter.h"
 #include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
+#include "jpeg/turnedheader.h"
 #include "support/fileio.h"
+
+#include <new>
+#include <optional>
 
 namespace pivotel {
 
@@ -90,6 +96,81 @@ class SourceReader {
     jpeg_decompress_struct info_{};
 };
 
+// Takes the source's coefficients from TurboJPEG one row of blocks at a time and puts each
+// block, turned, where it goes in the new frame.
+struct Capture {
+    CoefficientPlanes* planes = nullptr;
+    const BlockTurn* turn = nullptr;
+    long long placed = 0;
+};
+
+int capturerow(short* coefficients, tjregion arrayregion, tjregion planeregion, int component, int,
+               tjtransform* transform) {
+    auto* capture = static_cast<Capture*>(transform->data);
+    if (component < 0 || std::size_t(component) >= capture->planes->components.size())
+        return -1;
+    const int row = arrayregion.y / 8;
+    if (row < planeregion.h / 8) // not the padding of the last row of MCUs
+        capture->placed +=
+            capture->turn->placerow(*capture->planes, component, row, coefficients, planeregion.w / 8);
+    return 0;
+}
+
+// The transform with our own progressive writer: TurboJPEG reads the coefficients and writes
+// nothing, we move the blocks and code the scans, several at once. The bytes are those
+// TurboJPEG's own transform would write, and no more coefficients are held than it holds. No
+// answer when this path can't be sure of that or the data has any flaw: the caller then takes
+// TurboJPEG's own path, which words warnings and errors.
+std::optional<QByteArray> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                                               int threads) {
+    if (edges == EdgePolicy::Perfect) {
+        const auto partial = partialedges(data, op);
+        if (!partial || !partial->perfect())
+            return std::nullopt;
+    }
+    auto header = turnedheader(data, op, edges);
+    if (!header)
+        return std::nullopt;
+    long long blocks = 0;
+    try {
+        for (ComponentPlane& plane : header->frame.components) {
+            plane.allocate();
+            blocks += (long long)plane.widthblocks * plane.heightblocks;
+        }
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+    const auto script = simpleprogression(int(header->frame.components.size()), header->colorspace);
+    if (script.empty())
+        return std::nullopt;
+
+    const TjHandle tj(tjInitTransform());
+    if (!tj)
+        return std::nullopt;
+    const BlockTurn turn(op, header->sourcewidth, header->sourceheight, header->frame);
+    Capture capture;
+    capture.planes = &header->frame;
+    capture.turn = &turn;
+    tjtransform transform{};
+    transform.op = TJXOP_NONE; // the blocks are moved as they are copied
+    transform.options = TJXOPT_PROGRESSIVE | TJXOPT_NOOUTPUT;
+    transform.data = &capture;
+    transform.customFilter = capturerow;
+    unsigned char* output = nullptr;
+    unsigned long outputsize = 0;
+    const int rc =
+        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+    const TjBuffer owned(output);
+    // Every block of the new frame must have come from somewhere.
+    if (rc != 0 || capture.placed != blocks)
+        return std::nullopt;
+    auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
+    if (!written)
+        return std::nullopt;
+    return std::move(written).value();
+}
+
 } // namespace
 
 Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
@@ -114,7 +195,15 @@ Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
     return PartialEdges{};
 }
 
-Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges, const QString& target) {
+Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                              const QString& target, int threads) {
+    if (const auto turned = progressivetransform(data, op, edges, threads)) {
+        const Status written = writewholefile(target, turned->constData(), turned->size());
+        if (!written)
+            return Status::failure(
+                QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return QString();
+    }
     const TjHandle tj(tjInitTransform());
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));

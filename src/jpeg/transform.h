@@ -33,7 +33,8 @@ struct PartialEdges {
 // a warning (stray bytes before a marker, data that ends early) is turned as libjpeg reads it,
 // as every viewer shows it, and the answer is that warning; sound data answers an empty text.
 // Data that libjpeg can't read is refused, so a photo is never rewritten with garbage.
+// Up to `threads` threads code the progressive scans; the bytes written don't depend on it.
 [[nodiscard]] Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
-                                            const QString& target);
+                                            const QString& target, int threads = 1);
 
 } // namespace pivotel
