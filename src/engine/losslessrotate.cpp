@@ -51,7 +51,7 @@ QString edgenote(PartialEdges partial, Action action, bool trimmed) {
 } // namespace
 
 Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
-                                   OddSizes oddsizes) {
+                                   OddSizes oddsizes, int threads) {
     const auto data = readwholefile(source);
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
@@ -76,7 +76,7 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     const EdgePolicy edges = partial->perfect()           ? EdgePolicy::Perfect
                              : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
                                                           : EdgePolicy::Keep;
-    const auto warning = transformjpeg(*data, op, edges, target);
+    const auto warning = transformjpeg(*data, op, edges, target, threads);
     if (!warning)
         return warning.status();
     Rotation rotation;
@@ -92,9 +92,9 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     return rotation;
 }
 
-Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target,
-                                OddSizes oddsizes) {
-    return losslesstransform(path, target, action, oddsizes);
+Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target, OddSizes oddsizes,
+                                int threads) {
+    return losslesstransform(path, target, action, oddsizes, threads);
 }
 
 } // namespace pivotel

@@ -17,13 +17,14 @@ namespace pivotel {
 // progressive, every marker of the source copied. A photo whose size is not whole blocks where
 // the turn needs them is trimmed, re-encoded at its own quality or kept with an unturned edge,
 // as `oddsizes` says. Answers the new size and the notes for the report: what the edge policy
-// did, a flaw in the data read past. "As Is" only rewrites the photo progressive.
+// did, a flaw in the data read past. "As Is" only rewrites the photo progressive. The scans are
+// coded on up to `threads` threads; the bytes written are the same for any number.
 [[nodiscard]] Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
-                                                 OddSizes oddsizes);
+                                                 OddSizes oddsizes, int threads = 1);
 
 // The lossless step of a photo's turn: writes the turned photo to `target`, the working file of
 // the photo's rewrite, with the edge policy `oddsizes`.
 [[nodiscard]] Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target,
-                                              OddSizes oddsizes);
+                                              OddSizes oddsizes, int threads = 1);
 
 } // namespace pivotel

@@ -21,17 +21,16 @@ qint64 reencodeneed(const JpegProbe& probe, qint64 filesize) {
 
 } // namespace
 
-Result<qint64> memoryneed(const QString& path, Action action, const RunOptions& options) {
+Result<qint64> memoryneed(const QString& path, const RunOptions& options) {
     const auto probe = probejpeg(path);
     if (!probe)
         return probe.status();
     const qint64 filesize = filesizeof(path);
     if (!options.uselosslessrotation)
         return fixedpart + reencodeneed(*probe, filesize);
-    // The source's arrays and the turned ones; a flip moves coefficients within their blocks.
-    const qint64 arrays = action == Action::FlipLeft ? 1 : 2;
-    // The photo as read, the new file as written, and the new file read back for its check.
-    qint64 need = arrays * coefficientbytes(*probe) + 3 * filesize;
+    // The source's arrays and the turned copy of them, whatever the turn; the photo as read, the
+    // new file as written (its scans, then the whole), and the new file read back for its check.
+    qint64 need = 2 * coefficientbytes(*probe) + 3 * filesize;
     // A photo the turn doesn't fit may be re-encoded instead, with the photo still read. (A trim
     // re-encodes only a photo smaller than a block, whose need is small.)
     if (options.oddsizes == OddSizes::Reencode)

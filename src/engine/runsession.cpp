@@ -43,7 +43,9 @@ class RunSession::Worker : public QThread {
 
 RunSession::RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent)
     : QObject(parent), filelist_(std::move(filelist)), options_(options), places_(std::move(places)),
-      budget_(memorybudget(options_)), thread_(std::make_unique<Worker>(*this)) {
+      budget_(memorybudget(options_)),
+      codingthreads_(qMax(1, corecount() / qBound(1, options_.jobs, maxjobs))),
+      thread_(std::make_unique<Worker>(*this)) {
     qRegisterMetaType<pivotel::PhotoReport>();
     connect(thread_.get(), &QThread::finished, this, &RunSession::finished);
 }
@@ -116,7 +118,7 @@ std::optional<RunSession::Admission> RunSession::admitnext(const std::vector<qin
     const PhotoRow& photo = filelist_[static_cast<size_t>(admission.index)];
     if (first[static_cast<size_t>(admission.index)] == admission.index) {
         // A header that can't be read is the turn's to report; its bytes are read all the same.
-        admission.need = memoryneed(photo.path, photo.action, options_).value_or(filesizeof(photo.path) * 3);
+        admission.need = memoryneed(photo.path, options_).value_or(filesizeof(photo.path) * 3);
     }
     admission.fits = admission.need <= budget_;
     lock.lock();
@@ -249,8 +251,9 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
     }
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
     const Result<Rotation> rotated =
-        options_.uselosslessrotation ? losslessrotate(photo.path, photo.action, working, options_.oddsizes)
-                                     : normalrotatenew(photo.path, photo.action, working, options_.quality);
+        options_.uselosslessrotation
+            ? losslessrotate(photo.path, photo.action, working, options_.oddsizes, codingthreads_)
+            : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
     notes = rotated->notes;

@@ -102,6 +102,8 @@ class RunSession : public QObject {
     const RunOptions options_;
     const RunPlaces places_;
     const qint64 budget_;
+    // Threads each lossless turn codes its scans on: the cores the workers leave over.
+    const int codingthreads_;
     std::atomic<bool> stop_{false};
     mutable std::mutex mutex_;
     std::vector<PhotoReport> reports_; // in list order
