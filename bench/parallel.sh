@@ -2,6 +2,7 @@
 # Lossless runs of pivotel-cli over 24-megapixel photos (orientation 6/8/3) with 1, 2 and all cores'
 # worth of jobs, against the bare transforms jpegtran -copy all -progressive and jpegtran -copy all
 # (baseline) one photo after the other, with the peak resident memory of each pivotel-cli run.
+# "1c" is -j 1 held to one core (taskset), exiftool included: the time "on one core".
 # Usage: bench/parallel.sh [photos] [rounds]
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
@@ -10,7 +11,7 @@ n=${1:-8}
 rounds=${2:-3}
 make_base
 cores=$(nproc)
-jobs_list=(1 2)
+jobs_list=(1c 1 2)
 ((cores > 2)) && jobs_list+=("$cores")
 
 declare -A best peak
@@ -30,7 +31,9 @@ for ((round = 1; round <= rounds; round++)); do
     for jobs in "${jobs_list[@]}"; do
         make_set "$out/cli" "$n"
         start=$(now)
-        kb=$( { /usr/bin/time -f '%M' "$cli" -q -j "$jobs" "$out/cli" 2>&1 >/dev/null; } | tail -1)
+        pin=()
+        [ "$jobs" = 1c ] && pin=(taskset -c 0)
+        kb=$( { /usr/bin/time -f '%M' "${pin[@]}" "$cli" -q -j "${jobs%c}" "$out/cli" 2>&1 >/dev/null; } | tail -1)
         t=$(elapsed "$start" "$(now)")
         if [ -z "${best[$jobs]:-}" ] || (($(echo "$t < ${best[$jobs]}" | bc -l))); then best[$jobs]=$t; fi
         if [ -z "${peak[$jobs]:-}" ] || ((kb > peak[$jobs])); then peak[$jobs]=$kb; fi
@@ -41,7 +44,7 @@ printf '\n%d photos, best of %d rounds, %d cores\n' "$n" "$rounds" "$cores"
 printf 'jpegtran -copy all -progressive, one at a time: %.3f s per photo\n' "$(echo "${best[progressive]} / $n" | bc -l)"
 printf 'jpegtran -copy all (baseline), one at a time:   %.3f s per photo\n' "$(echo "${best[baseline]} / $n" | bc -l)"
 for jobs in "${jobs_list[@]}"; do
-    printf 'pivotel-cli -j %d: %.3f s per photo (%.2fx of -j 1), peak %d MB\n' "$jobs" \
-        "$(echo "${best[$jobs]} / $n" | bc -l)" "$(echo "${best[1]} / ${best[$jobs]}" | bc -l)" \
+    printf 'pivotel-cli -j %s: %.3f s per photo (%.2fx of one core), peak %d MB\n' "$jobs" \
+        "$(echo "${best[$jobs]} / $n" | bc -l)" "$(echo "${best[1c]} / ${best[$jobs]}" | bc -l)" \
         "$((peak[$jobs] / 1024))"
 done

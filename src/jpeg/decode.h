@@ -53,9 +53,9 @@ struct ReducedPicture {
 
 // Decodes a JPEG file for showing, fast, at the smallest of the decoder's reductions (1/2, 1/4,
 // 1/8) that still covers `shownsize(the photo's size)` both ways; with no `shownsize`, whole.
-// The file is read as it is decoded. Damaged data gives what could be decoded of it; CMYK data
-// gives nothing, since a guessed conversion would show false colours; nor does a progressive
-// photo whose coefficients would take more than half a gigabyte.
+// Damaged data gives what could be decoded of it; CMYK data gives nothing, since a guessed
+// conversion would show false colours; nor does a progressive photo whose coefficients would take
+// more than half a gigabyte, which its header tells before the file is read.
 [[nodiscard]] ReducedPicture decodereduced(const QString& path, const std::function<QSize(QSize)>& shownsize);
 
 // True when `data` begins as JPEG data does.
