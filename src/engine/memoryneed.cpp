@@ -9,7 +9,7 @@ namespace pivotel {
 namespace {
 
 // The libraries' own tables, buffers of rows and the like, whatever the photo's size.
-constexpr qint64 fixedpart = 16 * 1024 * 1024;
+constexpr qint64 fixedpart = 16LL * 1024 * 1024;
 
 qint64 reencodeneed(const JpegProbe& probe, qint64 filesize) {
     const qint64 pixelbytes = probe.colorspace == JpegColorSpace::Grey ? 1 : 4;

@@ -68,8 +68,9 @@ qint64 coefficientbytes(const JpegProbe& probe) {
         break;
     }
     const qint64 blocks = components == 4 ? qint64(components) * h * v : qint64(h) * v + components - 1;
-    const qint64 across = (qint64(probe.size.width()) + 8 * h - 1) / (8 * h);
-    const qint64 down = (qint64(probe.size.height()) + 8 * v - 1) / (8 * v);
+    const qint64 mcuwidth = 8LL * h, mcuheight = 8LL * v;
+    const qint64 across = (qint64(probe.size.width()) + mcuwidth - 1) / mcuwidth;
+    const qint64 down = (qint64(probe.size.height()) + mcuheight - 1) / mcuheight;
     return across * down * blocks * 64 * 2;
 }
 

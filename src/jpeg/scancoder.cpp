@@ -159,7 +159,7 @@ template <typename Sink> class ScanCoder {
                 sink_.symbol(actable_, 0xF0);
                 run -= 16;
             }
-            const unsigned magnitude = p.magnitudes[std::size_t(first_ + k)];
+            const unsigned magnitude = p.magnitudes[std::size_t(first_) + std::size_t(k)];
             const int nbits = bitlength(magnitude);
             if (nbits > 10)
                 failed_ = true;
@@ -196,7 +196,7 @@ template <typename Sink> class ScanCoder {
                 pendingbits = correction_.data();
                 pending = 0;
             }
-            const unsigned magnitude = p.magnitudes[std::size_t(first_ + k++)];
+            const unsigned magnitude = p.magnitudes[std::size_t(first_) + std::size_t(k++)];
             if (magnitude > 1) {
                 // Already nonzero: only its next bit goes out, with the next symbol.
                 pendingbits[pending++] = char(magnitude & 1);
@@ -271,7 +271,8 @@ template <typename Sink> class ScanCoder {
         const __m128i shift = _mm_cvtsi32_si128(low_);
         const __m128i zero = _mm_setzero_si128(), one = _mm_set1_epi16(1);
         for (int i = 0; i < 8; ++i) {
-            const __m128i value = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 8 * i));
+            const __m128i value =
+                _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + std::ptrdiff_t(8) * i));
             const __m128i sign = _mm_srai_epi16(value, 15);
             const __m128i magnitude = _mm_srl_epi16(_mm_sub_epi16(_mm_xor_si128(value, sign), sign), shift);
             _mm_store_si128(reinterpret_cast<__m128i*>(p.magnitudes.data() + 8 * i), magnitude);

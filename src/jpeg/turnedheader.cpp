@@ -269,7 +269,8 @@ std::optional<TurnedHeader> turnedheader(const QByteArray& data, JpegTransform o
         if (transpose)
             for (int i = 0; i < 8; ++i)
                 for (int j = 0; j < i; ++j)
-                    std::swap(table[std::size_t(i * 8 + j)], table[std::size_t(j * 8 + i)]);
+                    std::swap(table[std::size_t(i) * 8 + std::size_t(j)],
+                              table[std::size_t(j) * 8 + std::size_t(i)]);
         const bool wide = std::any_of(table.begin(), table.end(), [](uint16_t q) { return q > 255; });
         QByteArray dqt;
         dqt.append(char(plane.quanttable + (wide ? 0x10 : 0)));
