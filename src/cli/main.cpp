@@ -9,7 +9,6 @@
 #include "engine/runsession.h"
 #include "photolist/action.h"
 #include "support/appidentity.h"
-#include "support/machine.h"
 #include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "support/places.h"
@@ -96,8 +95,8 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
                             : QStringLiteral("re-encoded at quality %1").arg(options.quality);
     // With photos turned at once, each line of a photo's steps names it.
     const auto prefix = [&](qint64 index) {
-        return options.jobs > 1 && work.size() > 1 ? QStringLiteral("  %1: ").arg(work[size_t(index)].name)
-                                                   : QStringLiteral("  ");
+        return run.jobs() > 1 && work.size() > 1 ? QStringLiteral("  %1: ").arg(work[size_t(index)].name)
+                                                 : QStringLiteral("  ");
     };
     std::map<qint64, QElapsedTimer> clocks;
     QObject::connect(&run, &RunSession::photostarted, &app, [&](qint64 index, const QString& name) {
@@ -200,7 +199,7 @@ int main(int argc, char* argv[]) {
     options.quality = cli.quality;
     options.preservedates = cli.preservedates;
     options.oddsizes = cli.oddsizes;
-    options.jobs = cli.jobs > 0 ? cli.jobs : corecount();
+    options.jobs = cli.jobs;
     options.memorybudget = cli.memorylimit;
     const SelectionRule rule = options.selection();
     list.counttodolist(rule);

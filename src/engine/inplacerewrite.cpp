@@ -28,13 +28,6 @@ QString savedcopy(const QString& datafolder, int slot) {
     return slotfilename(datafolder, slot, QStringLiteral("original"), QStringLiteral(".jpg"));
 }
 
-Status syncfolder(const QString& folder) {
-    UniqueFd fd(::open(nativepath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!fd.valid() || ::fsync(fd.get()) != 0)
-        return Status::failure(errnotext(errno));
-    return Status::success();
-}
-
 // What a killed rewrite needs to be finished or undone. Fields are separated by NUL bytes, since
 // a photo's name may hold a line break.
 struct Journal {

@@ -26,8 +26,7 @@ namespace pivotel {
 
 // At start, under the slot's lock: an in-place rewrite that a killed program left is finished
 // from the new content, or undone from the old one when the new is not whole; a photo that has
-// been replaced by another file since is left alone. The slot's saved copy and its metadata
-// tool's output ("output.jpg") go.
+// been replaced by another file since is left alone. The slot's saved copy goes.
 void recoverinplace(const QString& datafolder, int slot);
 
 } // namespace pivotel

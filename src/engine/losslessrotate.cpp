@@ -59,6 +59,7 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     const auto partial = partialedges(*data, op);
     if (!partial)
         return partial.status();
+    // From the file: its header reader passes over stray bytes, which TurboJPEG would refuse.
     const auto probe = probejpeg(source);
     if (!probe)
         return probe.status();

@@ -23,23 +23,11 @@ namespace pivotel {
 
 namespace {
 
-QByteArray native(const QString& path) {
-    return nativepath(path);
-}
-
-Status syncfolder(const QString& folder) {
-    UniqueFd fd(::open(native(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!fd.valid() || ::fsync(fd.get()) != 0)
-        return Status::failure(errnotext(errno));
-    return Status::success();
-}
-
 const QString besidesuffix = QStringLiteral(".pivotel-xtemp");
 
 // Each slot is one rewrite's set of files in the data folder; slot 0's are the plain names.
 QString slotfile(const QString& datafolder, int slot, const char* ending) {
-    const QString number = slot == 0 ? QString() : QString::number(slot + 1);
-    return datafolder + QStringLiteral("/xtemp") + number + QLatin1String(ending);
+    return slotfilename(datafolder, slot, QStringLiteral("xtemp"), QLatin1String(ending));
 }
 
 QString lockfile(const QString& datafolder, int slot) {
@@ -60,7 +48,7 @@ QString journalfile(const QString& datafolder, int slot) {
 int takeslot(const QString& datafolder, int preferred, UniqueFd& lock) {
     const auto open = [&](int slot) {
         return UniqueFd(
-            ::open(native(lockfile(datafolder, slot)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+            ::open(nativepath(lockfile(datafolder, slot)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     };
     for (int i = 0; i < rewriteslots; ++i) {
         const int slot = (preferred + i) % rewriteslots;
@@ -84,7 +72,7 @@ int takeslot(const QString& datafolder, int preferred, UniqueFd& lock) {
 
 Status notebeside(const QString& datafolder, int slot, const QString& working) {
     const QString journal = journalfile(datafolder, slot);
-    const QByteArray path = native(working);
+    const QByteArray path = nativepath(working);
     if (Status written = writewholefile(journal, path.constData(), path.size(), 0600); !written)
         return written;
     return syncfile(journal);
@@ -93,7 +81,7 @@ Status notebeside(const QString& datafolder, int slot, const QString& working) {
 // Removes the working file and the files its writers name after it while they write: the
 // tool's "<working>_exiftool_tmp" and the XMP library's "<working>._NN_".
 void removeworkingfiles(const QString& working) {
-    ::unlink(native(working).constData());
+    ::unlink(nativepath(working).constData());
     const QFileInfo info(working);
     const QString base = info.fileName();
     const QRegularExpression helper(
@@ -101,7 +89,7 @@ void removeworkingfiles(const QString& working) {
     QDir folder(info.absolutePath());
     for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
         if (helper.match(name).hasMatch())
-            ::unlink(native(folder.filePath(name)).constData());
+            ::unlink(nativepath(folder.filePath(name)).constData());
     }
 }
 
@@ -135,8 +123,8 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
                                                           int preferredslot, bool roundabout) {
     std::unique_ptr<PhotoRewrite> rewrite(new PhotoRewrite());
     // A photo reached through a symbolic link is replaced where it lies; the link stays a link.
-    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native(photo).constData(), nullptr),
-                                                               &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> resolved(
+        ::realpath(nativepath(photo).constData(), nullptr), &std::free);
     if (!resolved)
         return Status::failure(errnotext(errno));
     rewrite->photo_ = pathfromnative(resolved.get());
@@ -154,7 +142,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
 
     const QFileInfo photoinfo(rewrite->photo_);
     const QString photofolder = photoinfo.absolutePath();
-    const bool folderwritable = ::access(native(photofolder).constData(), W_OK) == 0;
+    const bool folderwritable = ::access(nativepath(photofolder).constData(), W_OK) == 0;
     if (!folderwritable && !roundabout)
         return Status::failure(QStringLiteral("its folder can't be written (%1)").arg(errnotext(errno)));
 
@@ -166,7 +154,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
 
     struct stat datastat {};
     const bool samefilesystem =
-        ::stat(native(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
+        ::stat(nativepath(datafolder).constData(), &datastat) == 0 && datastat.st_dev == photostat.st_dev;
     rewrite->datafolder_ = datafolder;
     rewrite->beside_ = !samefilesystem && !roundabout;
     rewrite->inplace_ = linked || (roundabout && !(samefilesystem && folderwritable));
@@ -178,7 +166,7 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
             return Status::failure(
                 QStringLiteral("the data folder can't be written (%1)").arg(noted.reason()));
     }
-    ::unlink(native(rewrite->working_).constData());
+    ::unlink(nativepath(rewrite->working_).constData());
     return rewrite;
 }
 
@@ -188,13 +176,13 @@ PhotoRewrite::~PhotoRewrite() {
     if (!committed_)
         removeworkingfiles(working_);
     if (beside_)
-        ::unlink(native(journalfile(datafolder_, slot_)).constData());
+        ::unlink(nativepath(journalfile(datafolder_, slot_)).constData());
 }
 
 Status PhotoRewrite::commit() {
-    const QByteArray working = native(working_);
+    const QByteArray working = nativepath(working_);
     // The photo may have gone while it was worked on; don't bring it back.
-    if (::access(native(photo_).constData(), F_OK) != 0)
+    if (::access(nativepath(photo_).constData(), F_OK) != 0)
         return Status::failure(QStringLiteral("the photo vanished during its turn"));
     // The working file stays uncommitted: it goes with the rewrite.
     if (inplace_)
@@ -219,7 +207,7 @@ Status PhotoRewrite::commit() {
         if (::fsync(fd.get()) != 0)
             return Status::failure(QStringLiteral("the new photo can't be saved (%1)").arg(errnotext(errno)));
     }
-    if (::rename(working.constData(), native(photo_).constData()) != 0)
+    if (::rename(working.constData(), nativepath(photo_).constData()) != 0)
         return Status::failure(QStringLiteral("the photo can't be replaced (%1)").arg(errnotext(errno)));
     committed_ = true;
     // The photo is in place either way; a folder that can't be flushed (some network file
@@ -232,7 +220,7 @@ Status PhotoRewrite::commit() {
 
 void cleanleftovers(const QString& datafolder) {
     for (int slot = 0; slot < rewriteslots; ++slot) {
-        UniqueFd lock(::open(native(lockfile(datafolder, slot)).constData(), O_RDWR | O_CLOEXEC));
+        UniqueFd lock(::open(nativepath(lockfile(datafolder, slot)).constData(), O_RDWR | O_CLOEXEC));
         if (!lock.valid())
             continue; // no run has ever used this slot
         // A run in another process holds the lock; its working files are in use.
@@ -251,7 +239,7 @@ void cleanleftovers(const QString& datafolder) {
                 name.endsWith(besidesuffix))
                 removeworkingfiles(working);
         }
-        ::unlink(native(journal).constData());
+        ::unlink(nativepath(journal).constData());
     }
 }
 

@@ -30,7 +30,7 @@ bool exists(const QString& path) {
 } // namespace
 
 bool isgranted(const QStringList& granted, const QString& photo) {
-    return granted.contains(photo.left(qMax(photo.lastIndexOf(QLatin1Char('/')), 1)));
+    return granted.contains(folderof(photo));
 }
 
 Status updateexif(ExifTool& tool, const PhotoRewrite& rewrite, QSize size) {

@@ -20,7 +20,7 @@ struct RunOptions {
     int quality = 70;                   // xquality, 10 to 100
     bool preservedates = false;         // ispreservedates
     OddSizes oddsizes = OddSizes::Trim; // lossless turns only: the re-encoding is always exact
-    int jobs = 1;                       // photos turned at once, each by a worker of its own
+    int jobs = 1;                       // photos turned at once, each by a worker of its own; 0: one per core
     qint64 memorybudget = 0;            // bytes the photos in work may need together; 0: half the memory
 
     SelectionRule selection() const { return {normalprocessall, uselosslessrotation}; }

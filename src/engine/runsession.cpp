@@ -44,8 +44,8 @@ class RunSession::Worker : public QThread {
 RunSession::RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent)
     : QObject(parent), filelist_(std::move(filelist)), options_(options), places_(std::move(places)),
       budget_(memorybudget(options_)),
-      codingthreads_(qMax(1, corecount() / qBound(1, options_.jobs, maxjobs))),
-      thread_(std::make_unique<Worker>(*this)) {
+      jobs_(options_.jobs > 0 ? qMin(options_.jobs, maxjobs) : qMin(corecount(), maxjobs)),
+      codingthreads_(qMax(1, corecount() / jobs_)), thread_(std::make_unique<Worker>(*this)) {
     qRegisterMetaType<pivotel::PhotoReport>();
     connect(thread_.get(), &QThread::finished, this, &RunSession::finished);
 }
@@ -94,7 +94,7 @@ void RunSession::processall() {
     // Taken before any turn, which gives a photo a new file and so a new identity.
     const std::vector<qint64> first = firstrows();
     std::vector<std::thread> others;
-    for (int worker = 1; worker < qBound(1, options_.jobs, maxjobs); ++worker) {
+    for (int worker = 1; worker < jobs_; ++worker) {
         try {
             others.emplace_back([this, worker, &first] { work(worker, first); });
         } catch (const std::system_error&) {

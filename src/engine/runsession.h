@@ -59,6 +59,8 @@ class RunSession : public QObject {
 
     [[nodiscard]] const WorkList& filelist() const { return filelist_; }
     [[nodiscard]] const RunOptions& options() const { return options_; }
+    // How many photos the run turns at once.
+    [[nodiscard]] int jobs() const { return jobs_; }
     // What became of each photo so far, in list order; complete once the run has finished.
     // Photos turned at once may end in another order; the signal tells each as it ends.
     [[nodiscard]] std::vector<PhotoReport> reports() const;
@@ -102,6 +104,7 @@ class RunSession : public QObject {
     const RunOptions options_;
     const RunPlaces places_;
     const qint64 budget_;
+    const int jobs_; // workers
     // Threads each lossless turn codes its scans on: the cores the workers leave over.
     const int codingthreads_;
     std::atomic<bool> stop_{false};

@@ -1,7 +1,7 @@
 #include "support/fileio.h"
 
-#include "support/uniquefd.h"
 #include "support/nativepath.h"
+#include "support/uniquefd.h"
 
 #include <QFile>
 #include <cerrno>
@@ -85,6 +85,13 @@ Status writewholefile(const QString& path, const void* data, qsizetype size, uns
         ::unlink(native.constData());
         return Status::failure(errnotext(error));
     }
+    return Status::success();
+}
+
+Status syncfolder(const QString& folder) {
+    UniqueFd fd(::open(nativepath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!fd.valid() || ::fsync(fd.get()) != 0)
+        return Status::failure(errnotext(errno));
     return Status::success();
 }
 

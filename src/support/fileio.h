@@ -23,6 +23,9 @@ Status writewholefile(const QString& path, const void* data, qsizetype size, uns
 // Flushes a file's data to the disk.
 Status syncfile(const QString& path);
 
+// Flushes a folder's entries to the disk, so that a rename or a new file in it lasts.
+Status syncfolder(const QString& folder);
+
 // A readable text for an errno value, e.g. "Permission denied".
 QString errnotext(int error);
 

@@ -95,6 +95,10 @@ qint64 filesizeof(const QString& path) {
     return ::stat(nativepath(path).constData(), &st) == 0 ? qint64(st.st_size) : 0;
 }
 
+QString folderof(const QString& path) {
+    return path.left(qMax(path.lastIndexOf(QLatin1Char('/')), 1));
+}
+
 QString filenameof(const QString& path) {
     return path.section(QLatin1Char('/'), -1);
 }

@@ -16,10 +16,12 @@ namespace pivotel {
 
 // Helpers that work on the text alone, since Qt's file classes would lose such a name: the
 // absolute, clean form of a path (relative to the working folder), whether it names a folder
-// (following links), the size of the file it names (0 when there is none), and its last part.
+// (following links), the size of the file it names (0 when there is none), its last part, and
+// all before its last slash (the root's "/" for a file directly in it).
 [[nodiscard]] QString absolutepath(const QString& path);
 [[nodiscard]] bool isfolder(const QString& path);
 [[nodiscard]] qint64 filesizeof(const QString& path);
 [[nodiscard]] QString filenameof(const QString& path);
+[[nodiscard]] QString folderof(const QString& path);
 
 } // namespace pivotel

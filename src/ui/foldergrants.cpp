@@ -1,17 +1,10 @@
 #include "ui/foldergrants.h"
 
 #include "photolist/photolistmodel.h"
+#include "support/nativepath.h"
 #include "ui/dialogs.h"
 
 namespace pivotel {
-
-namespace {
-
-QString parentfolder(const QString& path) {
-    return path.left(qMax(path.lastIndexOf(QLatin1Char('/')), 1));
-}
-
-} // namespace
 
 void FolderGrants::grant(const QString& folder) {
     sandboxfolder_ << folder;
@@ -20,7 +13,7 @@ void FolderGrants::grant(const QString& folder) {
 void FolderGrants::whichfolderneeded(QWidget* parent, Dialogs& dialogs, const PhotoListModel& list) {
     listoffolder_.clear();
     for (qint64 r = 0; r < list.count(); ++r) {
-        const QString folder = parentfolder(list.row(r).path);
+        const QString folder = folderof(list.row(r).path);
         if (!sandboxfolder_.contains(folder) && !listoffolder_.contains(folder))
             listoffolder_ << folder;
     }

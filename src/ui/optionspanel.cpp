@@ -188,7 +188,7 @@ RunOptions OptionsPanel::runoptions() const {
     options.normalprocessall = normalprocessall_->isChecked();
     options.preservedates = preserveDATES_->isChecked();
     options.oddsizes = OddSizes(oddsizes_->currentData().toInt());
-    options.jobs = parallel_->value() > 0 ? parallel_->value() : corecount();
+    options.jobs = parallel_->value();
     return options;
 }
 

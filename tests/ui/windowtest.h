@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settingsstore.h"
+#include "engine/inplacerewrite.h"
 #include "engine/photorewrite.h"
 #include "services/desktop.h"
 #include "support/places.h"
@@ -177,8 +178,7 @@ class WindowTest : public ::testing::Test {
         ensurefolder(datafolder());
         std::vector<UniqueFd> locks;
         for (int slot = 0; slot < rewriteslots; ++slot) {
-            const QString number = slot == 0 ? QString() : QString::number(slot + 1);
-            locks.emplace_back(::open(QFile::encodeName(datafolder() + "/xtemp" + number + ".lock"),
+            locks.emplace_back(::open(QFile::encodeName(slotfilename(datafolder(), slot, "xtemp", ".lock")),
                                       O_RDWR | O_CREAT | O_CLOEXEC, 0600));
             EXPECT_EQ(::flock(locks.back().get(), LOCK_EX), 0);
         }
