@@ -63,11 +63,14 @@ int main(int argc, char* argv[]) {
     QSize size = probe.size.transposed();
     const double patch = best(rounds, [&] {
         QByteArray copy = turned;
-        ok = ok && setupright(copy, JpegTransform::Rotate90).ok() && carrytrailer(*original, trailer, copy).ok();
+        ok = ok && setupright(copy, JpegTransform::Rotate90).ok() &&
+             carrytrailer(*original, trailer, copy).ok();
     });
     (void)setupright(turned, JpegTransform::Rotate90);
     (void)carrytrailer(*original, trailer, turned);
-    const double check = best(rounds, [&] { ok = ok && checkjpeg(turned, {size, probe.colorspace, trailer}).ok(); });
+    const double check = best(rounds, [&] {
+        ok = ok && checkjpeg(turned, {size, probe.colorspace, trailer}, threads).ok();
+    });
     if (!ok) {
         std::fprintf(stderr, "a step failed\n");
         return 1;

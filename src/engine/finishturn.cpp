@@ -22,7 +22,7 @@ Status writeworking(const QString& working, const QByteArray& bytes) {
 } // namespace
 
 Status finishturn(const QString& photo, const QString& working, Action action, const Rotation& rotated,
-                  ExifTool& tool, QStringList& notes) {
+                  ExifTool& tool, QStringList& notes, int threads) {
     const auto original = readwholefile(photo);
     if (!original)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(original.reason()));
@@ -63,7 +63,7 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
         if (Status written = writeworking(working, turned); !written)
             return written;
     }
-    return checkjpeg(turned, {rotated.size, before->colorspace, trailer});
+    return checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
 }
 
 } // namespace pivotel

@@ -15,8 +15,9 @@ class ExifTool;
 // the untouched photo still stands at `photo`: the metadata set upright in the EXIF block (its
 // thumbnail turned as the picture was), what followed the picture carried over with its MPF
 // index corrected, the metadata tool's part, and last a full check of the result. A failure
-// leaves the photo as it was; what else the photo's owner should hear of goes in `notes`.
+// leaves the photo as it was; what else the photo's owner should hear of goes in `notes`. The
+// check decodes on up to `threads` threads.
 [[nodiscard]] Status finishturn(const QString& photo, const QString& working, Action action,
-                                const Rotation& rotated, ExifTool& tool, QStringList& notes);
+                                const Rotation& rotated, ExifTool& tool, QStringList& notes, int threads = 1);
 
 } // namespace pivotel

@@ -263,7 +263,9 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
             return upright;
     }
     step("setting its metadata upright and checking the new file");
-    if (Status finished = finishturn(photo.path, working, photo.action, *rotated, tool, notes); !finished)
+    if (Status finished =
+            finishturn(photo.path, working, photo.action, *rotated, tool, notes, codingthreads_);
+        !finished)
         return finished;
     step("putting it in place");
     if (Status committed = rewrite.value()->commit(); !committed)

@@ -1,5 +1,6 @@
 #include "jpeg/verify.h"
 
+#include "jpeg/scancheck.h"
 #include "jpeg/segments.h"
 #include "jpeg/trailer.h"
 #include "jpeg/turbojpeg.h"
@@ -16,7 +17,7 @@ Status failed(const QString& what) {
 
 } // namespace
 
-Status checkjpeg(const QByteArray& data, const ExpectedPicture& expected) {
+Status checkjpeg(const QByteArray& data, const ExpectedPicture& expected, int threads) {
     const auto end = pictureend(data);
     if (!end)
         return failed(end.reason());
@@ -35,6 +36,12 @@ Status checkjpeg(const QByteArray& data, const ExpectedPicture& expected) {
                           .arg(expected.size.height()));
     if (probe->colorspace != expected.colorspace)
         return failed(QStringLiteral("its colour space changed"));
+
+    const ScanCheck scans = decodescans(QByteArrayView(data).first(*end), threads);
+    if (scans.verdict == ScanCheck::Damaged)
+        return failed(scans.reason);
+    if (scans.verdict == ScanCheck::Decoded)
+        return Status::success();
 
     const TjHandle tj(tjInitDecompress());
     if (!tj)

@@ -17,9 +17,11 @@ struct ExpectedPicture {
 };
 
 // Checks a new photo in full before it replaces the old: its segments walk to the picture's
-// end, every scan decodes without error or warning (at 1/8 scale: the entropy-coded data is
-// decoded whole all the same), the picture has the expected size and colour space, the trailer
-// follows it unchanged and an MPF index points at its pictures. The reason names what failed.
-[[nodiscard]] Status checkjpeg(const QByteArray& data, const ExpectedPicture& expected);
+// end, every scan entropy-decodes to its last bit without error or warning (by our own scan
+// decoder; libjpeg's 1/8 decode for the kinds of JPEG it leaves over), the picture has the
+// expected size and colour space, the trailer follows it unchanged and an MPF index points at
+// its pictures. The reason names what failed.
+// Its scans decode on up to `threads` threads.
+[[nodiscard]] Status checkjpeg(const QByteArray& data, const ExpectedPicture& expected, int threads = 1);
 
 } // namespace pivotel

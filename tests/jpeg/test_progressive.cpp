@@ -1,7 +1,10 @@
 // Our progressive writer against TurboJPEG's: every turned photo must come out byte for byte as
-// tjTransform writes it, whatever the thread count.
+// tjTransform writes it, whatever the thread count. And our scan decoder, which checks such
+// files, against libjpeg: it never passes what libjpeg stops at.
 
 #include "jpeg/photofixture.h"
+#include "jpeg/scancheck.h"
+#include "jpeg/segments.h"
 #include "jpeg/transform.h"
 
 #include <cmath>
@@ -107,25 +110,44 @@ QByteArray reference(const QByteArray& jpeg, JpegTransform op, EdgePolicy edges)
 
 using Progressive = PhotoFolder;
 
+const Source sources[] = {
+    {"4:2:0 odd size, Exif big-endian", 61, 45, TJSAMP_420, false, 90, nullptr, 'M'},
+    {"4:2:2 odd size, Exif little-endian", 45, 37, TJSAMP_422, false, 75, nullptr, 'I'},
+    {"4:4:0", 40, 33, TJSAMP_440},
+    {"4:1:1 odd size", 67, 21, TJSAMP_411},
+    {"4:4:4 with restarts", 48, 40, TJSAMP_444, false, 95, "TJ_RESTART=3B"},
+    {"greyscale odd size", 53, 29, TJSAMP_GRAY},
+    {"CMYK 4:2:0", 37, 27, TJSAMP_420, true},
+    {"progressive source", 50, 34, TJSAMP_420, false, 85, "TJ_PROGRESSIVE=1"},
+    {"arithmetic source", 34, 50, TJSAMP_422, false, 85, "TJ_ARITHMETIC=1"},
+    {"smaller than a block", 7, 5, TJSAMP_420},
+    {"noise at 100", 120, 72, TJSAMP_444, false, 100, nullptr, 0, 'n'},
+    {"stripes", 256, 256, TJSAMP_GRAY, false, 75, nullptr, 0, 's'},
+    // 32768 flat blocks: the run of end-of-blocks outgrows its counter
+    {"flat, wide", 2048, 1024, TJSAMP_GRAY, false, 50},
+};
+
+// Whether libjpeg decodes the picture at 1/8 without an error or a warning, as the check did
+// before it had a decoder of its own.
+bool libjpegdecodes(QByteArrayView picture) {
+    tjhandle tj = tjInitDecompress();
+    int width = 0, height = 0, subsamp = 0, colorspace = 0;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(picture.data());
+    const auto size = static_cast<unsigned long>(picture.size());
+    bool ok = tjDecompressHeader3(tj, bytes, size, &width, &height, &subsamp, &colorspace) == 0;
+    if (ok) {
+        std::vector<unsigned char> out(size_t((width + 7) / 8) * size_t((height + 7) / 8) * 4);
+        const bool four = colorspace == TJCS_CMYK || colorspace == TJCS_YCCK;
+        ok = tjDecompress2(tj, bytes, size, out.data(), (width + 7) / 8, 0, (height + 7) / 8,
+                           four ? TJPF_CMYK : TJPF_RGBX, TJFLAG_STOPONWARNING) == 0;
+    }
+    tjDestroy(tj);
+    return ok;
+}
+
 } // namespace
 
 TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites) {
-    const Source sources[] = {
-        {"4:2:0 odd size, Exif big-endian", 61, 45, TJSAMP_420, false, 90, nullptr, 'M'},
-        {"4:2:2 odd size, Exif little-endian", 45, 37, TJSAMP_422, false, 75, nullptr, 'I'},
-        {"4:4:0", 40, 33, TJSAMP_440},
-        {"4:1:1 odd size", 67, 21, TJSAMP_411},
-        {"4:4:4 with restarts", 48, 40, TJSAMP_444, false, 95, "TJ_RESTART=3B"},
-        {"greyscale odd size", 53, 29, TJSAMP_GRAY},
-        {"CMYK 4:2:0", 37, 27, TJSAMP_420, true},
-        {"progressive source", 50, 34, TJSAMP_420, false, 85, "TJ_PROGRESSIVE=1"},
-        {"arithmetic source", 34, 50, TJSAMP_422, false, 85, "TJ_ARITHMETIC=1"},
-        {"smaller than a block", 7, 5, TJSAMP_420},
-        {"noise at 100", 120, 72, TJSAMP_444, false, 100, nullptr, 0, 'n'},
-        {"stripes", 256, 256, TJSAMP_GRAY, false, 75, nullptr, 0, 's'},
-        // 32768 flat blocks: the run of end-of-blocks outgrows its counter
-        {"flat, wide", 2048, 1024, TJSAMP_GRAY, false, 50},
-    };
     int threads = 0;
     for (const Source& source : sources) {
         const QByteArray jpeg = compress(source);
@@ -145,4 +167,111 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
                 }
             }
     }
+}
+
+// Every kind of photo, as TurboJPEG wrote it and as our writer turned it, decodes; then a few
+// hundred damaged copies of each, bytes changed, dropped, added or cut off in the coded data:
+// whatever libjpeg refuses, every build of our decoder refuses too, each for the same reason
+// on any number of threads.
+TEST_F(Progressive, TheScanDecoderPassesEverySoundPhotoAndNothingLibjpegRefuses) {
+    const std::vector<ScanDecoder> decoders = scandecodershere();
+    unsigned seed = 1;
+    const auto random = [&seed](int below) {
+        seed = seed * 1103515245 + 12345;
+        return int((seed >> 8) % unsigned(below));
+    };
+    int refused = 0;
+    for (const Source& source : sources) {
+        const QByteArray jpeg = compress(source);
+        const QString target = file("turned.jpg");
+        QFile::remove(target);
+        ASSERT_TRUE(transformjpeg(jpeg, JpegTransform::Rotate90, EdgePolicy::Keep, target, 1).ok());
+        for (const QByteArray& sound : {jpeg, readbytes(target)}) {
+            if (!libjpegdecodes(sound)) // TurboJPEG takes no 1×4 sampling (4:1:1 turned)
+                continue;
+            const bool arithmetic = sound.contains("\xFF\xC9") || sound.contains("\xFF\xCA");
+            const qsizetype data = sound.indexOf("\xFF\xDA") + 14;
+            for (int round = 0; round <= 60; ++round) {
+                QByteArray damaged = sound;
+                const int at = int(data) + random(int(sound.size() - data) - 2);
+                switch (round % 4) { // round 0 stays sound
+                case 1:
+                    damaged[at] = char(random(256));
+                    break;
+                case 2:
+                    damaged.remove(at, 1 + random(3));
+                    break;
+                case 3:
+                    damaged.insert(at, char(random(256)));
+                    break;
+                default:
+                    damaged = round == 0 ? sound : damaged.left(at) + "\xFF\xD9";
+                    break;
+                }
+                const auto end = pictureend(damaged);
+                if (!end)
+                    continue;
+                const QByteArrayView picture = QByteArrayView(damaged).first(*end);
+                const bool libjpeg = libjpegdecodes(picture);
+                refused += !libjpeg;
+                const ScanCheck first = decodescans(picture, decoders.front());
+                const auto what = testing::Message()
+                                  << source.name << ", round " << round << ": " << qPrintable(first.reason);
+                if (round == 0) {
+                    EXPECT_EQ(first.verdict, arithmetic ? ScanCheck::NotHandled : ScanCheck::Decoded) << what;
+                }
+                if (!libjpeg) {
+                    EXPECT_NE(first.verdict, ScanCheck::Decoded) << what;
+                }
+                for (ScanDecoder other : decoders) {
+                    const ScanCheck again = decodescans(picture, other, 1 + round % 3);
+                    EXPECT_TRUE(again.verdict == first.verdict && again.reason == first.reason) << what;
+                }
+            }
+        }
+    }
+    EXPECT_GT(refused, 300); // the damage is real
+}
+
+// What a byte-level change rarely makes: scans out of order, a restart marker out of turn, a
+// byte left over after a scan, a table that isn't there.
+TEST_F(Progressive, TheScanDecoderRefusesWhatIsOutOfPlace) {
+    const QByteArray progressive = compress(sources[7]);
+    const QByteArray restarts = compress(sources[4]);
+    const auto scans = [](const QByteArray& jpeg) {
+        std::vector<qsizetype> starts;
+        for (qsizetype at = jpeg.indexOf("\xFF\xDA"); at >= 0; at = jpeg.indexOf("\xFF\xDA", at + 2))
+            starts.push_back(at);
+        return starts;
+    };
+    const auto swapped = [&] {
+        // The last scan, a refinement, moved with the tables before it in front of the second,
+        // the first pass of the same coefficients.
+        const std::vector<qsizetype> at = scans(progressive);
+        QByteArray jpeg = progressive;
+        const qsizetype refinement = jpeg.lastIndexOf("\xFF\xC4", at.back());
+        const QByteArray moved = jpeg.mid(refinement, jpeg.size() - 2 - refinement);
+        jpeg.remove(refinement, moved.size());
+        return jpeg.insert(jpeg.lastIndexOf("\xFF\xC4", at[1]), moved);
+    }();
+    QByteArray renumbered = restarts;
+    renumbered[renumbered.indexOf("\xFF\xD1") + 1] = char(0xD2);
+    QByteArray leftover = progressive;
+    leftover.insert(scans(progressive)[1], char(0x55));
+    QByteArray notables = restarts;
+    for (qsizetype at; (at = notables.indexOf("\xFF\xC4")) >= 0;)
+        notables.remove(at, 2 + (uchar(notables[at + 2]) << 8 | uchar(notables[at + 3])));
+    const std::tuple<const char*, QByteArray, ScanCheck::Verdict, const char*> cases[] = {
+        {"refinement before its first pass", swapped, ScanCheck::Damaged, "progression order"},
+        {"restart marker out of turn", renumbered, ScanCheck::Damaged, "restart marker"},
+        {"a byte left over after a scan", leftover, ScanCheck::Damaged, "stray bytes"},
+        {"no Huffman tables: libjpeg's standard ones", notables, ScanCheck::NotHandled, ""},
+    };
+    for (const auto& [name, jpeg, verdict, says] : cases)
+        for (ScanDecoder decoder : scandecodershere()) {
+            const ScanCheck checked = decodescans(jpeg, decoder);
+            EXPECT_EQ(checked.verdict, verdict) << name;
+            EXPECT_TRUE(checked.reason.contains(QLatin1String(says)))
+                << name << ": " << qPrintable(checked.reason);
+        }
 }
