@@ -64,9 +64,10 @@ bool ThumbnailLoader::hasroom() const {
 void ThumbnailLoader::schedule() {
     while (running_ < pool_.maxThreadCount()) {
         QString next;
+        // A wish may outlive its need: the view asks again while the first decodes are under way.
         while (next.isEmpty() && !wanted_.isEmpty()) {
             const QString path = wanted_.takeFirst();
-            if (!decoding_.contains(path))
+            if (!decoding_.contains(path) && lookup(path).wanted)
                 next = path;
         }
         while (next.isEmpty() && nextprefetch_ < list_.size() && hasroom()) {

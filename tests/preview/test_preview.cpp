@@ -139,3 +139,20 @@ TEST_F(PreviewPicture, ThumbnailsStayWithinTheirCacheAndAChangedPhotoIsMadeAgain
     EXPECT_EQ(loader.lookup(made).picture.size(), QSize(119, 160));
     EXPECT_FALSE(loader.lookup(made).wanted);
 }
+
+// The view asks for the photos in view on every paint, also while their thumbnails are being made.
+TEST_F(PreviewPicture, APhotoAskedForAgainWhileItsThumbnailIsMadeIsDecodedOnce) {
+    ThumbnailLoader loader;
+    QStringList paths;
+    for (int i = 0; i < 4; ++i) {
+        paths << file(qPrintable(QStringLiteral("p%1.jpg").arg(i)));
+        writepattern(paths.last(), 64, 48);
+    }
+    QMap<QString, int> made;
+    QObject::connect(&loader, &ThumbnailLoader::ready, [&](const QString& path) { ++made[path]; });
+    loader.want(paths);
+    loader.want(paths);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !loader.busy(); }));
+    for (const QString& path : paths)
+        EXPECT_EQ(made.value(path), 1) << qPrintable(path);
+}
