@@ -47,3 +47,22 @@ rotation_for() { # jpegtran's argument for an orientation
 # seconds since the epoch, with fractions
 now() { date +%s.%N; }
 elapsed() { echo "$2 - $1" | bc -l; }
+
+# scaling REPEATS COMMAND...: how many times faster one copy of COMMAND per core runs, all at once,
+# than the same runs one after the other (REPEATS runs a copy): what this machine's cores give for
+# that kind of work, the ceiling of a run that spreads it over them.
+scaling() {
+    local repeats=$1 cores start one all
+    shift
+    cores=$(nproc)
+    start=$(now)
+    for ((i = 0; i < repeats * cores; i++)); do "$@" >/dev/null; done
+    one=$(elapsed "$start" "$(now)")
+    start=$(now)
+    for ((c = 0; c < cores; c++)); do
+        (for ((i = 0; i < repeats; i++)); do "$@" >/dev/null; done) &
+    done
+    wait
+    all=$(elapsed "$start" "$(now)")
+    echo "$one / $all" | bc -l
+}

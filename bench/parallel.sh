@@ -3,6 +3,7 @@
 # worth of jobs, against the bare transforms jpegtran -copy all -progressive and jpegtran -copy all
 # (baseline) one photo after the other, with the peak resident memory of each pivotel-cli run.
 # "1c" is -j 1 held to one core (taskset), exiftool included: the time "on one core".
+# Last, what the cores give for jpegtran run on each at once: the ceiling of any run here.
 # Usage: bench/parallel.sh [photos] [rounds]
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
@@ -48,3 +49,5 @@ for jobs in "${jobs_list[@]}"; do
         "$(echo "${best[$jobs]} / $n" | bc -l)" "$(echo "${best[1c]} / ${best[$jobs]}" | bc -l)" \
         "$((peak[$jobs] / 1024))"
 done
+printf 'this machine: %d jpegtran -copy all -progressive at once, %.2fx of one after the other\n' "$cores" \
+    "$(scaling 4 jpegtran -copy all -progressive -rotate 90 -outfile /dev/null "$out/base.jpg")"
