@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <system_error>
 #include <thread>
 #include <vector>
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
