@@ -4,6 +4,7 @@
 #include "support/fileio.h"
 
 #include <QFile>
+#include <cstring>
 
 namespace pivotel {
 
@@ -105,7 +106,9 @@ Result<qsizetype> pictureend(QByteArrayView data) {
     bool inscan = false;
     while (pos < size) {
         if (bytes[pos] != 0xFF) {
-            ++pos; // entropy-coded data, or stray bytes before a marker, which decoders skip too
+            // Entropy-coded data, or stray bytes before a marker, which decoders skip too.
+            const void* next = std::memchr(bytes + pos, 0xFF, std::size_t(size - pos));
+            pos = next != nullptr ? static_cast<const unsigned char*>(next) - bytes : size;
             continue;
         }
         qsizetype next = pos + 1;
