@@ -19,7 +19,8 @@
 using namespace pivotel;
 
 int main(int argc, char* argv[]) {
-    reusephotobuffers(); // as pivotel-cli and the window run
+    restartwithhugepages(argv); // as pivotel-cli and the window run
+    reusephotobuffers();
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     if (args.size() < 5) {

@@ -36,7 +36,8 @@ double best(int rounds, const std::function<void()>& step) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    reusephotobuffers(); // as pivotel-cli and the window run
+    restartwithhugepages(argv); // as pivotel-cli and the window run
+    reusephotobuffers();
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     if (args.size() < 2) {

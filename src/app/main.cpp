@@ -1,6 +1,7 @@
 // pivotel [PATH...]: the window, with the photos of PATH on its list.
 
 #include "app/app.h"
+#include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "ui/qtdesktop.h"
 #include "ui/qtdialogs.h"
@@ -8,6 +9,7 @@
 #include <QApplication>
 
 int main(int argc, char* argv[]) {
+    pivotel::restartwithhugepages(argv);
     QApplication application(argc, argv);
     pivotel::QtDialogs dialogs;
     pivotel::QtDesktop desktop;

@@ -149,6 +149,7 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
+    restartwithhugepages(argv);
     catchstopsignals();
     reusephotobuffers();
     QCoreApplication app(argc, argv);

@@ -11,4 +11,15 @@ namespace pivotel {
 // thread exists.
 void reusephotobuffers();
 
+// A photo's buffers (the coefficients of a lossless turn, a re-encoding's pixels) are tens of
+// megabytes read and written across their whole length, a turn's column by column: on 4 KB pages
+// the processor spends a good part of a turn looking pages up, and two workers hold each other up
+// doing so. The C library puts its heap on huge pages when its tunable glibc.malloc.hugetlb=1 is
+// set, but reads it only from the environment the program starts with. So, where the kernel gives
+// huge pages to those who ask (its "madvise" mode) and the user hasn't set that tunable either
+// way, this starts the program again, once, with it set (same process, same arguments); the
+// second start gives the environment back as it was, for the programs it runs. Call it first
+// thing in main.
+void restartwithhugepages(char* argv[]);
+
 } // namespace pivotel

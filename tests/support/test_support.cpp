@@ -4,6 +4,7 @@
 #include "support/testphotos.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 #include <cstdio>
@@ -72,4 +73,30 @@ TEST(Machine, SizesAreReadAndWrittenAsPeopleWriteThem) {
         {1000, "1000 bytes"}, {1536, "1.5 KB"}, {174LL << 20, "174 MB"}, {(3LL << 30) / 2, "1.5 GB"}};
     for (const auto& [bytes, text] : written)
         EXPECT_EQ(sizetext(bytes), QLatin1String(text));
+}
+
+// The programs start again once with the C library's heap on huge pages, and give the programs
+// they run the environment they were given; a user's own choice of the tunable stands.
+TEST(MemoryPolicy, ProgramsStartOnHugePagesAndPassTheEnvironmentOnAsItWas) {
+    QFile modes(QStringLiteral("/sys/kernel/mm/transparent_hugepage/enabled"));
+    const bool kernelgives = modes.open(QIODevice::ReadOnly) && modes.readAll().contains("[madvise]");
+    const struct {
+        const char* tunables; // nullptr: unset
+        bool huge;
+    } cases[] = {
+        {nullptr, kernelgives}, {"glibc.malloc.arena_max=2", kernelgives}, {"glibc.malloc.hugetlb=0", false}};
+    for (const auto& c : cases) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("GLIBC_TUNABLES"));
+        if (c.tunables != nullptr)
+            environment.insert(QStringLiteral("GLIBC_TUNABLES"), QString::fromLatin1(c.tunables));
+        QProcess probe;
+        probe.setProcessEnvironment(environment);
+        probe.start(QStringLiteral(HUGEPAGESPROBE), {});
+        ASSERT_TRUE(probe.waitForFinished(10000));
+        const QStringList said = QString::fromLatin1(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
+        ASSERT_GE(said.size(), 2) << c.tunables;
+        EXPECT_EQ(said[0], c.huge ? QStringLiteral("huge") : QStringLiteral("plain")) << c.tunables;
+        EXPECT_EQ(said[1], QString::fromLatin1(c.tunables != nullptr ? c.tunables : "(unset)"));
+    }
 }
