@@ -5,6 +5,7 @@
 
 #include "photolist/photolistmodel.h"
 #include "preview/thumbnail.h"
+#include "support/memorypolicy.h"
 #include "ui/photolistview.h"
 
 #include <QApplication>
@@ -65,6 +66,7 @@ void waitfor(const std::function<bool()>& done) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    restartwithhugepages(argv); // as the window runs
     QApplication application(argc, argv);
     if (argc < 2) {
         std::fputs("usage: pivotel-thumbbench FOLDER\n", stderr);
