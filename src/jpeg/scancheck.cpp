@@ -1,5 +1,7 @@
 #include "jpeg/scancheck.h"
 
+#include "jpeg/segments.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>

@@ -97,18 +97,33 @@ std::vector<HeaderSegment> headersegments(const QByteArray& header) {
     return segments;
 }
 
+qsizetype codeddataend(QByteArrayView data, qsizetype from) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
+    const qsizetype size = data.size();
+    for (qsizetype pos = from; pos < size;) {
+        const void* found = std::memchr(bytes + pos, 0xFF, std::size_t(size - pos));
+        if (found == nullptr)
+            return size;
+        pos = static_cast<const unsigned char*>(found) - bytes;
+        qsizetype next = pos + 1;
+        while (next < size && bytes[next] == 0xFF) // fill bytes
+            ++next;
+        if (next >= size || (bytes[next] != 0x00 && (bytes[next] < 0xD0 || bytes[next] > 0xD7)))
+            return pos;
+        pos = next + 1; // a stuffed byte or a restart marker: still in the scan
+    }
+    return size;
+}
+
 Result<qsizetype> pictureend(QByteArrayView data) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
     const qsizetype size = data.size();
     if (size < 2 || bytes[0] != 0xFF || bytes[1] != 0xD8)
         return Status::failure(QStringLiteral("not a JPEG file"));
     qsizetype pos = 2;
-    bool inscan = false;
     while (pos < size) {
         if (bytes[pos] != 0xFF) {
-            // Entropy-coded data, or stray bytes before a marker, which decoders skip too.
-            const void* next = std::memchr(bytes + pos, 0xFF, std::size_t(size - pos));
-            pos = next != nullptr ? static_cast<const unsigned char*>(next) - bytes : size;
+            ++pos; // stray bytes before a marker, which decoders skip too
             continue;
         }
         qsizetype next = pos + 1;
@@ -117,10 +132,6 @@ Result<qsizetype> pictureend(QByteArrayView data) {
         if (next >= size)
             break;
         const unsigned char marker = bytes[next];
-        if (inscan && (marker == 0x00 || (marker >= 0xD0 && marker <= 0xD7))) {
-            pos = next + 1; // a stuffed byte or a restart marker: still in the scan
-            continue;
-        }
         if (marker == 0xD9)
             return next + 1;
         if (isstandalone(marker)) {
@@ -133,7 +144,8 @@ Result<qsizetype> pictureend(QByteArrayView data) {
         if (length < 2)
             return Status::failure(QStringLiteral("the JPEG data is damaged"));
         pos = next + 1 + length;
-        inscan = marker == 0xDA;
+        if (marker == 0xDA)
+            pos = codeddataend(data, pos);
     }
     return Status::failure(QStringLiteral("the JPEG data ends before the picture does"));
 }

@@ -28,6 +28,11 @@ struct HeaderSegment {
 // views point into `header`.
 [[nodiscard]] std::vector<HeaderSegment> headersegments(const QByteArray& header);
 
+// Where the entropy-coded data of a scan that starts at `from` ends: the offset of the first
+// marker in it that isn't a restart marker (an 0xFF not followed by a stuffed zero), or the
+// data's end.
+[[nodiscard]] qsizetype codeddataend(QByteArrayView data, qsizetype from);
+
 // Where the picture of a whole JPEG file ends: the offset just past its end-of-image marker,
 // found by walking every segment and skipping each scan's entropy-coded data. Whatever lies
 // beyond it (a camera's further pictures, a phone's motion-photo video) is not the picture's.
