@@ -26,6 +26,19 @@ int bitlength(unsigned value) {
     return value == 0 ? 0 : 32 - std::countl_zero(value);
 }
 
+// Built for processors without a popcount instruction, std::popcount is a call into the
+// compiler's library, which a refinement's counting sweep makes for every block: inline instead.
+int countbits(uint64_t bits) {
+#ifdef __POPCNT__
+    return std::popcount(bits);
+#else
+    bits -= (bits >> 1) & 0x5555555555555555;
+    bits = (bits & 0x3333333333333333) + ((bits >> 2) & 0x3333333333333333);
+    bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0F;
+    return int((bits * 0x0101010101010101) >> 56);
+#endif
+}
+
 // The counting sweep: only the symbols matter.
 class CountSink {
   public:
@@ -233,7 +246,7 @@ template <typename Sink> class ScanCoder {
             emiteobrun();
         while (ones) {
             const int at = std::countr_zero(ones);
-            const int run = std::popcount(zeros & ((uint64_t(1) << at) - 1) & ~((uint64_t(1) << tail) - 1));
+            const int run = countbits(zeros & ((uint64_t(1) << at) - 1) & ~((uint64_t(1) << tail) - 1));
             for (int i = 0; i < run / 16; ++i)
                 sink_.symbol(actable_, 0xF0);
             sink_.symbol(actable_, ((run % 16) << 4) + 1);
@@ -241,7 +254,7 @@ template <typename Sink> class ScanCoder {
             ones &= ones - 1;
         }
         const uint64_t after = tail >= 64 ? 0 : band & (~uint64_t(0) << tail);
-        const auto pending = unsigned(std::popcount(older & after));
+        const auto pending = unsigned(countbits(older & after));
         if ((zeros & after) != 0 || pending > 0) {
             ++eobrun_;
             bufferedcount_ += pending;
