@@ -72,7 +72,8 @@ std::optional<ExifResolution> exifresolution(const TiffBlock& tiff) {
     const auto x = tiff.rational(tiff.ifd0(), TiffBlock::xresolution);
     const auto y = tiff.rational(tiff.ifd0(), TiffBlock::yresolution);
     const quint32 unit = tiff.integer(tiff.ifd0(), TiffBlock::resolutionunit).value_or(2);
-    if (!x || !y || !(*x > 0) || !(*y > 0) || (unit != 2 && unit != 3))
+    // Unit 1 (none) makes the two values an aspect ratio: still the photo's own, kept as they are.
+    if (!x || !y || !(*x > 0) || !(*y > 0) || unit < 1 || unit > 3)
         return std::nullopt;
     return ExifResolution{*x, *y, int(unit)};
 }
@@ -98,7 +99,7 @@ void setjfif(QByteArray& jpeg, Place jfif, const ExifResolution& resolution) {
     const auto density = [](double value) { return quint16(std::clamp<long>(std::lround(value), 1, 65535)); };
     const quint16 x = density(resolution.x);
     const quint16 y = density(resolution.y);
-    p[0] = resolution.unit == 3 ? 2 : 1;
+    p[0] = uchar(resolution.unit - 1); // JFIF counts its units from 0 for none
     p[1] = uchar(x >> 8);
     p[2] = uchar(x);
     p[3] = uchar(y >> 8);

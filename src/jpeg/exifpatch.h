@@ -9,7 +9,8 @@
 
 namespace pivotel {
 
-// A resolution as EXIF keeps it: two values and their unit (2 inches, 3 centimetres).
+// A resolution as EXIF keeps it: two values and their unit (1 none, which makes them an aspect
+// ratio; 2 inches; 3 centimetres).
 struct ExifResolution {
     double x = 72;
     double y = 72;

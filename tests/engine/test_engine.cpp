@@ -477,6 +477,14 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
          },
          u"1 118 119 3 2 118"_s,
          {}},
+        {u"unitless.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             writetags(path, {u"-n"_s, u"-EXIF:Orientation=6"_s, u"-EXIF:XResolution=240"_s,
+                              u"-EXIF:YResolution=240"_s, u"-EXIF:ResolutionUnit=1"_s});
+         },
+         u"1 240 240 1 0 240"_s,
+         {}},
         {u"zero.jpg"_s,
          [](const QString& path) {
              writepattern(path, 48, 32);
