@@ -21,4 +21,11 @@ struct ScanPlan {
 // Scans don't depend on one another, so several can be coded at once.
 [[nodiscard]] Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& plan);
 
+// The coder's builds: one for any processor, one for processors with AVX2, which codescan takes
+// where it can. Both write the same bytes; tests run each, through usescancoder, which sets the
+// build codescan takes from then on, in every thread.
+enum class ScanCoderBuild { AnyProcessor, Avx2 };
+[[nodiscard]] std::vector<ScanCoderBuild> scancodershere();
+void usescancoder(ScanCoderBuild coder);
+
 } // namespace pivotel

@@ -1,9 +1,10 @@
 // Our progressive writer against TurboJPEG's: every turned photo must come out byte for byte as
-// tjTransform writes it, whatever the thread count. And our scan decoder, which checks such
+// tjTransform writes it, whatever the thread count and whichever build of the scan coder. And our scan decoder, which checks such
 // files, against libjpeg: it never passes what libjpeg stops at.
 
 #include "jpeg/photofixture.h"
 #include "jpeg/scancheck.h"
+#include "jpeg/scancoder.h"
 #include "jpeg/segments.h"
 #include "jpeg/transform.h"
 
@@ -149,24 +150,30 @@ bool libjpegdecodes(QByteArrayView picture) {
 
 TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites) {
     int threads = 0;
+    const std::vector<ScanCoderBuild> coders = scancodershere();
     for (const Source& source : sources) {
         const QByteArray jpeg = compress(source);
         for (JpegTransform op : {JpegTransform::None, JpegTransform::Rotate90, JpegTransform::Rotate180,
                                  JpegTransform::Rotate270, JpegTransform::FlipHorizontal})
             for (EdgePolicy edges : {EdgePolicy::Perfect, EdgePolicy::Keep, EdgePolicy::Trim}) {
                 const QByteArray expected = reference(jpeg, op, edges);
-                const QString target = file("turned.jpg");
-                QFile::remove(target);
-                threads = threads % 3 + 1;
-                const auto done = transformjpeg(jpeg, op, edges, target, threads);
-                const auto what = testing::Message() << source.name << ", op " << int(op) << ", edges "
-                                                     << int(edges) << ", " << threads << " thread(s)";
-                ASSERT_EQ(done.ok(), !expected.isEmpty()) << what;
-                if (done.ok()) {
-                    ASSERT_TRUE(readbytes(target) == expected) << what;
+                for (ScanCoderBuild coder : coders) {
+                    usescancoder(coder);
+                    const QString target = file("turned.jpg");
+                    QFile::remove(target);
+                    threads = threads % 3 + 1;
+                    const auto done = transformjpeg(jpeg, op, edges, target, threads);
+                    const auto what = testing::Message() << source.name << ", op " << int(op) << ", edges "
+                                                         << int(edges) << ", " << threads << " thread(s), coder "
+                                                         << int(coder);
+                    ASSERT_EQ(done.ok(), !expected.isEmpty()) << what;
+                    if (done.ok()) {
+                        ASSERT_TRUE(readbytes(target) == expected) << what;
+                    }
                 }
             }
     }
+    usescancoder(coders.back());
 }
 
 // Every kind of photo, as TurboJPEG wrote it and as our writer turned it, decodes; then a few
