@@ -27,7 +27,9 @@ make_base() {
     fi
 }
 
-# make_set DIR N: N copies of base.jpg with orientations 6, 8, 3 in turn.
+# make_set DIR N: N copies of base.jpg with orientations 6, 8, 3 in turn, on the disk before it
+# returns: a run's first flush would otherwise write out whatever was left dirty before it (ext4
+# commits all of it with the file), and charge that to whichever run came after it.
 make_set() {
     local dir=$1 n=$2 orientations=(6 8 3)
     rm -rf "$dir"
@@ -38,6 +40,7 @@ make_set() {
     for ((i = 0; i < n; i++)); do
         printf '%s\n' "-Orientation#=${orientations[i % 3]}" -overwrite_original "$dir/photo$i.jpg" -execute
     done | "$tool" -q -@ - >/dev/null
+    sync
 }
 
 rotation_for() { # jpegtran's argument for an orientation
