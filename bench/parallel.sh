@@ -17,6 +17,18 @@ jobs_list=(1c 1 2)
 
 declare -A best peak
 for ((round = 1; round <= rounds; round++)); do
+    # Each way of running comes first in a round as often as the others.
+    for ((k = 0; k < ${#jobs_list[@]}; k++)); do
+        jobs=${jobs_list[(k + round) % ${#jobs_list[@]}]}
+        make_set "$out/cli" "$n"
+        start=$(now)
+        pin=()
+        [ "$jobs" = 1c ] && pin=(taskset -c 0)
+        kb=$( { /usr/bin/time -f '%M' "${pin[@]}" "$cli" -q -j "${jobs%c}" "$out/cli" 2>&1 >/dev/null; } | tail -1)
+        t=$(elapsed "$start" "$(now)")
+        if [ -z "${best[$jobs]:-}" ] || (($(echo "$t < ${best[$jobs]}" | bc -l))); then best[$jobs]=$t; fi
+        if [ -z "${peak[$jobs]:-}" ] || ((kb > peak[$jobs])); then peak[$jobs]=$kb; fi
+    done
     for way in progressive baseline; do
         make_set "$out/bare" "$n"
         orientations=(6 8 3)
@@ -28,16 +40,6 @@ for ((round = 1; round <= rounds; round++)); do
         done
         t=$(elapsed "$start" "$(now)")
         if [ -z "${best[$way]:-}" ] || (($(echo "$t < ${best[$way]}" | bc -l))); then best[$way]=$t; fi
-    done
-    for jobs in "${jobs_list[@]}"; do
-        make_set "$out/cli" "$n"
-        start=$(now)
-        pin=()
-        [ "$jobs" = 1c ] && pin=(taskset -c 0)
-        kb=$( { /usr/bin/time -f '%M' "${pin[@]}" "$cli" -q -j "${jobs%c}" "$out/cli" 2>&1 >/dev/null; } | tail -1)
-        t=$(elapsed "$start" "$(now)")
-        if [ -z "${best[$jobs]:-}" ] || (($(echo "$t < ${best[$jobs]}" | bc -l))); then best[$jobs]=$t; fi
-        if [ -z "${peak[$jobs]:-}" ] || ((kb > peak[$jobs])); then peak[$jobs]=$kb; fi
     done
     printf 'round %d done\n' "$round"
 done
