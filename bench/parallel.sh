@@ -4,11 +4,12 @@
 # (baseline) one photo after the other, with the peak resident memory of each pivotel-cli run.
 # "1c" is -j 1 held to one core (taskset), exiftool included: the time "on one core".
 # Last, what the cores give for jpegtran run on each at once: the ceiling of any run here.
-# Usage: bench/parallel.sh [photos] [rounds]
+# Usage: bench/parallel.sh [photos] [rounds] (24 photos by default: each worker's first photo
+# pays for memory the later ones reuse, which in a batch of 8 is a quarter of a worker's photos).
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 need_build
-n=${1:-8}
+n=${1:-24}
 rounds=${2:-3}
 make_base
 cores=$(nproc)
