@@ -1,6 +1,6 @@
 // Our progressive writer against TurboJPEG's: every turned photo must come out byte for byte as
-// tjTransform writes it, whatever the thread count and whichever build of the scan coder. And our scan decoder, which checks such
-// files, against libjpeg: it never passes what libjpeg stops at.
+// tjTransform writes it, whatever the thread count and whichever build of the scan coder. And our
+// scan decoder, which checks such files, against libjpeg: it never passes what libjpeg stops at.
 
 #include "jpeg/photofixture.h"
 #include "jpeg/scancheck.h"
@@ -163,9 +163,9 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
                     QFile::remove(target);
                     threads = threads % 3 + 1;
                     const auto done = transformjpeg(jpeg, op, edges, target, threads);
-                    const auto what = testing::Message() << source.name << ", op " << int(op) << ", edges "
-                                                         << int(edges) << ", " << threads << " thread(s), coder "
-                                                         << int(coder);
+                    const auto what = testing::Message()
+                                      << source.name << ", op " << int(op) << ", edges " << int(edges) << ", "
+                                      << threads << " thread(s), coder " << int(coder);
                     ASSERT_EQ(done.ok(), !expected.isEmpty()) << what;
                     if (done.ok()) {
                         ASSERT_TRUE(readbytes(target) == expected) << what;
