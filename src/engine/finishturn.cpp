@@ -3,6 +3,7 @@
 #include "engine/losslessrotate.h"
 #include "jpeg/exifpatch.h"
 #include "jpeg/probe.h"
+#include "jpeg/segments.h"
 #include "jpeg/trailer.h"
 #include "jpeg/verify.h"
 #include "metadata/resolutionrewrite.h"
@@ -64,6 +65,15 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
             return written;
     }
     return checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
+}
+
+bool willneedwriters(const QString& photo) {
+    auto header = readjpegheader(photo);
+    if (!header)
+        return false;
+    // The turn changes the picture's size and thumbnail, not which tags the photo has.
+    const auto patch = setupright(header.value(), JpegTransform::None);
+    return patch && patch->needswriters();
 }
 
 } // namespace pivotel

@@ -20,4 +20,8 @@ class ExifTool;
 [[nodiscard]] Status finishturn(const QString& photo, const QString& working, Action action,
                                 const Rotation& rotated, ExifTool& tool, QStringList& notes, int threads = 1);
 
+// Whether finishturn will hand `photo`'s turn to the metadata tool's writing, as far as its
+// header tells before the turn; so that the tool can get ready for it while the photo turns.
+[[nodiscard]] bool willneedwriters(const QString& photo);
+
 } // namespace pivotel

@@ -10,6 +10,7 @@
 #include "engine/roundabout.h"
 #include "metadata/exiftool.h"
 #include "metadata/exiftransplant.h"
+#include "metadata/resolutionrewrite.h"
 #include "photolist/probes.h"
 #include "support/machine.h"
 #include "support/nativepath.h"
@@ -28,6 +29,17 @@
 
 namespace pivotel {
 
+namespace {
+
+// `asked` workers (0: one per core), but no more than photos: the cores a short run leaves
+// go to each photo's coding and check instead.
+int workercount(int asked, size_t photos) {
+    const int wanted = qMin(asked > 0 ? asked : corecount(), maxjobs);
+    return qMax(1, int(qMin(size_t(wanted), photos)));
+}
+
+} // namespace
+
 class RunSession::Worker : public QThread {
   public:
     explicit Worker(RunSession& session) : session_(session) {
@@ -43,8 +55,7 @@ class RunSession::Worker : public QThread {
 
 RunSession::RunSession(WorkList filelist, RunOptions options, RunPlaces places, QObject* parent)
     : QObject(parent), filelist_(std::move(filelist)), options_(options), places_(std::move(places)),
-      budget_(memorybudget(options_)),
-      jobs_(options_.jobs > 0 ? qMin(options_.jobs, maxjobs) : qMin(corecount(), maxjobs)),
+      budget_(memorybudget(options_)), jobs_(workercount(options_.jobs, filelist_.size())),
       codingthreads_(qMax(1, corecount() / jobs_)), thread_(std::make_unique<Worker>(*this)) {
     qRegisterMetaType<pivotel::PhotoReport>();
     connect(thread_.get(), &QThread::finished, this, &RunSession::finished);
@@ -245,9 +256,12 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
 
     ExifTransplant transplant(tool, pexiffolder(places_.datafolder), rewrite.value()->slot());
     if (!sandboxed) {
+        // The tool dumps (and, for a run's first photo, starts) while the photo is turned.
         step("dumping its metadata");
-        if (Status dumped = transplant.extractexiftofile(photo.path); !dumped)
-            return dumped;
+        if (Status dumping = transplant.begindump(photo.path); !dumping)
+            return dumping;
+        if (willneedwriters(photo.path))
+            preparewriters(tool, photo.path);
     }
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
     const Result<Rotation> rotated =
@@ -256,6 +270,10 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
             : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
+    if (!sandboxed) {
+        if (Status dumped = transplant.savedump(); !dumped)
+            return dumped;
+    }
     notes = rotated->notes;
     if (roundabout) {
         step("setting it upright the roundabout way");

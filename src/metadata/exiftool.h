@@ -35,6 +35,21 @@ class ExifTool {
     // Runs one command and returns all it printed, its errors and its exit status.
     ToolResult run(const QStringList& arguments);
 
+    // A command handed over by send(), answered by collect().
+    struct Sent {
+        quint64 ticket = 0;    // the long-lived process's, 0 when it has none
+        QStringList arguments; // a command that process can't take, run by collect()
+    };
+    // run() in two halves, so that the tool works (and starts, for a run's first command) while
+    // the caller turns the photo. Commands are answered in the order sent; one not collected is
+    // dropped when a later one is.
+    Sent send(const QStringList& arguments);
+    ToolResult collect(const Sent& sent);
+
+    // Hands the long-lived process a command whose answer nobody reads, once for each such
+    // process: what the tool loads for it is then ready for the commands that follow.
+    void preload(const QStringList& arguments);
+
     // The long-lived process's id, 0 when none runs.
     qint64 processid() const;
 
@@ -49,6 +64,7 @@ class ExifTool {
     ToolMode mode_;
     int timeoutms_;
     std::unique_ptr<StayOpenTool> stayopen_;
+    qint64 preloadedin_ = 0; // the process that had the preload
 };
 
 } // namespace pivotel

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "metadata/toolrunner.h"
+#include "metadata/exiftool.h"
 #include "support/status.h"
 
 #include <QString>
+#include <optional>
 
 namespace pivotel {
-
-class ExifTool;
 
 // The record of a photo's metadata before its turn: all of it is dumped to "1.xml" in the dump
 // folder ("2.xml" and on for the further photos a run turns at once) (the owner's alone, since it holds where
@@ -30,6 +29,12 @@ class ExifTransplant {
     // "-struct") into the dump file, the tool's output followed by a line end.
     Status extractexiftofile(const QString& photo);
 
+    // extractexiftofile in two halves, so that the tool starts and dumps while the photo is
+    // turned: begindump() removes the stale dump and hands the tool its command; savedump()
+    // waits for it and writes the dump. The photo must stay as it is until savedump() returns.
+    Status begindump(const QString& photo);
+    Status savedump();
+
     // "1.xml" in the dump folder for slot 0, "2.xml" for slot 1, ...
     QString dumpfile() const;
 
@@ -39,6 +44,7 @@ class ExifTransplant {
     ExifTool& tool_;
     QString pexiffolder_;
     int slot_ = 0;
+    std::optional<ExifTool::Sent> dumping_;
 };
 
 } // namespace pivotel

@@ -59,6 +59,13 @@ Status bylibrary(const QString& path, const UprightPatch& patch, const QString& 
 
 } // namespace
 
+void preparewriters(ExifTool& tool, const QString& photo) {
+    if (tool.exists())
+        tool.preload({QStringLiteral("-if"), QStringLiteral("0"), QStringLiteral("-n"), QStringLiteral("-wm"),
+                      QStringLiteral("w"), QStringLiteral("-Orientation=1"),
+                      QStringLiteral("-ExifImageWidth=1"), QStringLiteral("-XMP-tiff:ImageWidth=1"), photo});
+}
+
 Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch, QStringList& notes) {
     if (!patch.needswriters())
         return Status::success();

@@ -28,6 +28,11 @@ class ExifTool;
 [[nodiscard]] Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch& patch,
                                        QStringList& notes);
 
+// Has the tool load what updatedpinonstore's writing needs while the photo is turned, once
+// for each tool process, so that a run's first write doesn't wait for it. Writes nothing: the
+// condition "-if 0" lets no file through.
+void preparewriters(ExifTool& tool, const QString& photo);
+
 // The library's way: open for update, TIFF "Orientation" "1", and "XResolution" and
 // "YResolution" the decimal text of `dpi` where the photo has none of its own, written with a
 // safe update. Fails when the library refuses the file.

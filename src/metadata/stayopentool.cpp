@@ -79,27 +79,44 @@ void StayOpenTool::discard() {
         process_->waitForFinished(stopwaitms);
     }
     process_.reset();
+    pending_.clear();
 }
 
-ToolResult StayOpenTool::command(const QStringList& arguments, int timeoutms) {
+quint64 StayOpenTool::send(const QStringList& arguments, int timeoutms) {
     const QDeadlineTimer deadline(timeoutms);
-    ToolResult result;
     // A process that ended between two commands (killed, say) is replaced before it is used.
     if (process_ && (process_->state() != QProcess::Running || process_->waitForFinished(0)))
         discard();
     if (!process_ && !start(deadline))
-        return result;
-    result.started = true;
+        return 0;
 
-    const QByteArray id = QByteArray::number(++nextid_);
+    const quint64 id = ++nextid_;
     QByteArray input;
     for (const QString& argument : arguments)
         input += nativepath(argument) + '\n';
-    const QByteArray marker = "{pivotel" + id + " status ";
-    input += "-echo4\n" + marker + "${status}}\n-execute" + id + '\n';
+    const QByteArray number = QByteArray::number(id);
+    input += "-echo4\n{pivotel" + number + " status ${status}}\n-execute" + number + '\n';
     process_->write(input);
+    pending_.push_back({id, deadline});
+    return id;
+}
 
+ToolResult StayOpenTool::collect(quint64 ticket) {
+    while (!pending_.empty() && pending_.front().id != ticket) {
+        const Pending earlier = pending_.front();
+        read(earlier);
+    }
+    if (pending_.empty())
+        return {}; // never sent, or lost with a process that died
+    return read(pending_.front());
+}
+
+ToolResult StayOpenTool::read(const Pending& pending) {
+    const QByteArray id = QByteArray::number(pending.id);
+    const QByteArray marker = "{pivotel" + id + " status ";
     const QByteArray ready = "{ready" + id + "}\n";
+    ToolResult result;
+    result.started = true;
     bool outdone = false;
     int status = -1;
     for (;;) {
@@ -113,20 +130,21 @@ ToolResult StayOpenTool::command(const QStringList& arguments, int timeoutms) {
             status = takestatus(result.err, marker);
         if (outdone && status >= 0) {
             result.exitcode = status;
+            pending_.pop_front();
             return result;
         }
         if (process_->state() != QProcess::Running) {
             discard(); // died in the middle of the command: exitcode stays -1
             return result;
         }
-        if (deadline.hasExpired()) {
+        if (pending.deadline.hasExpired()) {
             result.timedout = true;
             discard();
             return result;
         }
         // While it waits on one channel QProcess drains the other, so neither pipe fills up.
         process_->setReadChannel(outdone ? QProcess::StandardError : QProcess::StandardOutput);
-        process_->waitForReadyRead(remaining(deadline));
+        process_->waitForReadyRead(remaining(pending.deadline));
     }
 }
 

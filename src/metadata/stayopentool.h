@@ -2,11 +2,12 @@
 
 #include "metadata/toolrunner.h"
 
+#include <QDeadlineTimer>
 #include <QString>
 #include <QStringList>
+#include <deque>
 #include <memory>
 
-class QDeadlineTimer;
 class QProcess;
 
 namespace pivotel {
@@ -26,10 +27,15 @@ class StayOpenTool {
     StayOpenTool(const StayOpenTool&) = delete;
     StayOpenTool& operator=(const StayOpenTool&) = delete;
 
-    // Runs one command, starting the process first when none runs (or the last one died).
-    // After a time-out or a death the process is gone, and the next command starts a new one.
-    // Every argument must be one that carries() accepts.
-    ToolResult command(const QStringList& arguments, int timeoutms);
+    // A command in two halves, so that the tool works while the caller does something else:
+    // send() hands it over, starting the process first when none runs (or the last one died),
+    // and answers its ticket (0 when no process could be started); collect() waits for that
+    // command's result. After a time-out or a death the process is gone, and the next command
+    // starts a new one. Commands are answered in the order they were sent: collecting one drops
+    // the results of earlier ones not collected. Every argument must be one that carries()
+    // accepts.
+    quint64 send(const QStringList& arguments, int timeoutms);
+    ToolResult collect(quint64 ticket);
 
     // Whether an argument reaches the tool unchanged through the argument stream. The tool
     // reads a line per argument, drops blanks at its start, takes a line beginning with '#'
@@ -40,14 +46,22 @@ class StayOpenTool {
     qint64 processid() const;
 
   private:
+    struct Pending {
+        quint64 id;
+        QDeadlineTimer deadline;
+    };
+
     bool start(const QDeadlineTimer& deadline);
     void discard();
+    ToolResult read(const Pending& pending);
 
     QString program_;
     std::unique_ptr<QProcess> process_;
     // The ids of the commands: a random start makes a marker that a photo's text could
     // contain by chance unlikely to be one this process is waiting for.
     quint64 nextid_;
+    // Commands sent and not yet answered, oldest first.
+    std::deque<Pending> pending_;
 };
 
 } // namespace pivotel

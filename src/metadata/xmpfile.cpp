@@ -1,4 +1,5 @@
 #include "metadata/xmpfile.h"
+
 #include "support/nativepath.h"
 
 #include <QFile>

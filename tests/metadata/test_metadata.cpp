@@ -63,6 +63,19 @@ TEST(ExifTool, OneProcessServesEveryCommandAFailureIsNoWarningAndItIsReplacedWhe
     EXPECT_TRUE(tool.run({u"-ver"_s}).err.isEmpty());
     EXPECT_EQ(tool.processid(), pid);
 
+    // Commands sent ahead are answered each with its own output; one never collected (the
+    // writers' preload among them) leaks into none, and the preload changes no file.
+    const QByteArray before = readbytes(photo);
+    const ExifTool::Sent make = tool.send({u"-s3"_s, u"-FileName"_s, photo});
+    tool.preload({u"-if"_s, u"0"_s, u"-Comment=x"_s, photo});
+    tool.preload({u"-Comment=twice"_s, u"-overwrite_original_in_place"_s, photo}); // once a process
+    const ExifTool::Sent skipped = tool.send({u"-ver"_s});
+    const ExifTool::Sent last = tool.send({u"-s3"_s, u"-ImageWidth"_s, photo});
+    EXPECT_EQ(tool.collect(make).out, "p.jpg\n");
+    EXPECT_EQ(tool.collect(last).out, "16\n");
+    EXPECT_FALSE(tool.collect(skipped).started);
+    EXPECT_EQ(readbytes(photo), before);
+
     ::kill(pid_t(pid), SIGKILL);
     for (QFile stat(u"/proc/%1/stat"_s.arg(pid));
          stat.open(QIODevice::ReadOnly) && !stat.readAll().contains(") Z "); stat.close())
