@@ -2,7 +2,8 @@
 # Lossless runs of pivotel-cli over 24-megapixel photos (orientation 6/8/3) with 1, 2 and all cores'
 # worth of jobs, against the bare transforms jpegtran -copy all -progressive and jpegtran -copy all
 # (baseline) one photo after the other, with the peak resident memory of each pivotel-cli run.
-# "1c" is -j 1 held to one core (taskset), exiftool included: the time "on one core".
+# "1c" is -j 1 held to one core (taskset), exiftool included: the time "on one core". Beside them,
+# exiftran -aip (baseline, with its metadata) as one process per core over the same photos.
 # Last, what the cores give for jpegtran run on each at once: the ceiling of any run here.
 # Usage: bench/parallel.sh [photos] [rounds] (24 photos by default: each worker's first photo
 # pays for memory the later ones reuse, which in a batch of 8 is a quarter of a worker's photos).
@@ -30,6 +31,11 @@ for ((round = 1; round <= rounds; round++)); do
         if [ -z "${best[$jobs]:-}" ] || (($(echo "$t < ${best[$jobs]}" | bc -l))); then best[$jobs]=$t; fi
         if [ -z "${peak[$jobs]:-}" ] || ((kb > peak[$jobs])); then peak[$jobs]=$kb; fi
     done
+    make_set "$out/exiftran" "$n"
+    start=$(now)
+    printf '%s\0' "$out/exiftran"/photo*.jpg | xargs -0 -n 1 -P "$cores" exiftran -aip 2>/dev/null
+    t=$(elapsed "$start" "$(now)")
+    if [ -z "${best[exiftran]:-}" ] || (($(echo "$t < ${best[exiftran]}" | bc -l))); then best[exiftran]=$t; fi
     for way in progressive baseline; do
         make_set "$out/bare" "$n"
         orientations=(6 8 3)
@@ -47,6 +53,8 @@ done
 printf '\n%d photos, best of %d rounds, %d cores\n' "$n" "$rounds" "$cores"
 printf 'jpegtran -copy all -progressive, one at a time: %.3f s per photo\n' "$(echo "${best[progressive]} / $n" | bc -l)"
 printf 'jpegtran -copy all (baseline), one at a time:   %.3f s per photo\n' "$(echo "${best[baseline]} / $n" | bc -l)"
+printf 'exiftran -aip, %d processes at once:          %.3f s per photo\n' "$cores" \
+    "$(echo "${best[exiftran]} / $n" | bc -l)"
 for jobs in "${jobs_list[@]}"; do
     printf 'pivotel-cli -j %s: %.3f s per photo (%.2fx of one core), peak %d MB\n' "$jobs" \
         "$(echo "${best[$jobs]} / $n" | bc -l)" "$(echo "${best[1c]} / ${best[$jobs]}" | bc -l)" \
