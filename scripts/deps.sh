@@ -14,7 +14,7 @@ packages=(
     xvfb xauth
 )
 if [ "${1:-}" = "--bench" ]; then
-    packages+=(imagemagick hyperfine exiftran jhead)
+    packages+=(imagemagick hyperfine exiftran jhead xdotool)
 fi
 
 missing=()
