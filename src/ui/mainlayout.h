@@ -4,6 +4,7 @@ class QAbstractItemModel;
 class QFrame;
 class QLabel;
 class QMainWindow;
+class QProgressBar;
 class QSplitter;
 class QTabWidget;
 
@@ -24,6 +25,8 @@ struct MainLayout {
     PhotoListView* list = nullptr;   // Listbox1
     QLabel* rowcounter = nullptr;    // the count and status line
     ProgressWheel* wheel = nullptr;  // ProgressWheel1
+    QProgressBar* progress = nullptr; // a run's "12 of 1,000"
+    QLabel* note = nullptr;           // what a drop left out, and why
     QFrame* previewframe = nullptr;  // RoundRectangleMBS2
     QLabel* imagepreview = nullptr;  // the preview's viewer
     QFrame* optionsframe = nullptr;  // RoundRectangleMBS3
