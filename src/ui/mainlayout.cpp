@@ -143,6 +143,7 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     ui.optionsframe->setMinimumHeight(optionsheight);
     ui.tabs = new QTabWidget(ui.optionsframe);
     ui.tabs->setObjectName(QStringLiteral("TabPanel1"));
+    ui.tabs->setAccessibleName(QStringLiteral("Options"));
     ui.tabs->tabBar()->setFont(pixelfont(ui.tabs, 14, false));
     ui.options = new OptionsPanel(ui.tabs);
     ui.tabs->addTab(ui.options, QStringLiteral("Preferences"));

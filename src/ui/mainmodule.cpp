@@ -162,7 +162,7 @@ void MainModule::droprefused(qsizetype notjpeg, qsizetype notfile) {
     if (notjpeg > 0)
         why << QStringLiteral("%1 not a JPEG photo").arg(notjpeg);
     if (notfile > 0)
-        why << QStringLiteral("%1 not a file on this computer").arg(notfile);
+        why << QStringLiteral("%1 at or after an item that isn't a file").arg(notfile);
     const qsizetype total = notjpeg + notfile;
     ui_.note->setText(total == 0 ? QString()
                                  : QStringLiteral("%1 dropped %2 not taken: %3")

@@ -91,6 +91,7 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
         "whose size isn't whole blocks there: Trim drops that edge (at most 15 pixels), Re-encode "
         "turns that photo exactly at its own quality, Keep leaves the edge unturned."));
     lbloddsizes_->setBuddy(oddsizes_);
+    oddsizes_->setAccessibleName(QStringLiteral("Odd Sizes"));
     // Built as the lossless box is, unchecked.
     lbloddsizes_->setEnabled(false);
     oddsizes_->setEnabled(false);
