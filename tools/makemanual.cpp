@@ -3,12 +3,12 @@
 // Pictures are found beside the Markdown file and drawn no wider than the text; preformatted
 // lines wider than the text are set smaller until the widest fits.
 
+#include <QAbstractTextDocumentLayout>
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPdfWriter>
-#include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -83,7 +83,8 @@ void fitpreformatted(QTextDocument& document) {
                     format.setFontPointSize(format.font().pointSizeF() * factor);
                     QTextCursor cursor(&document);
                     cursor.setPosition(it.fragment().position());
-                    cursor.setPosition(it.fragment().position() + it.fragment().length(), QTextCursor::KeepAnchor);
+                    cursor.setPosition(it.fragment().position() + it.fragment().length(),
+                                       QTextCursor::KeepAnchor);
                     cursor.setCharFormat(format);
                 }
             }

@@ -51,7 +51,8 @@ PhotoListView* makelist(QWidget* parent, QAbstractItemModel& model) {
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->setAccessibleName(QStringLiteral("Photo list"));
-    list->setAccessibleDescription(QStringLiteral("Space or Enter chooses a row's action; Delete takes the row off"));
+    list->setAccessibleDescription(
+        QStringLiteral("Space or Enter chooses a row's action; Delete takes the row off"));
     list->setShowGrid(false);
     list->setWordWrap(false);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);

@@ -50,8 +50,8 @@ void Menus::buildfile() {
         if (!window_.takingphotos())
             window_.loadfiles();
     });
-    additem(menu, "FileLoadFolders", QStringLiteral("Load Folders"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
-            [this] {
+    additem(menu, "FileLoadFolders", QStringLiteral("Load Folders"),
+            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), [this] {
                 if (!window_.state().isrunning && !window_.takingphotos())
                     window_.loadfolders();
             });
@@ -69,7 +69,8 @@ void Menus::buildfile() {
     };
     for (const auto& command : commands) {
         QAction* button = window_.toolbar()->item(QLatin1String(command.identifier));
-        additem(menu, command.name, QLatin1String(command.text), command.shortcut, [button] { button->trigger(); });
+        additem(menu, command.name, QLatin1String(command.text), command.shortcut,
+                [button] { button->trigger(); });
     }
     // Escape anywhere in the window, and the usual stop of macOS, Cmd+Period.
     additem(menu, "FileStop", QStringLiteral("Stop"), QKeySequence(Qt::Key_Escape), [this] {
@@ -225,7 +226,8 @@ void Menus::checkforupdates(bool verbose) {
 void Menus::speak(const UpdateAnswer& answer, bool verbose) {
     // An answer that comes while another dialog is up waits for it to close; one that comes
     // before the window is on screen waits for it, so that the box opens over it.
-    if (QApplication::activeModalWidget() || !window_.windowHandle() || !window_.windowHandle()->isExposed()) {
+    if (QApplication::activeModalWidget() || !window_.windowHandle() ||
+        !window_.windowHandle()->isExposed()) {
         QTimer::singleShot(500, this, [this, answer, verbose] { speak(answer, verbose); });
         return;
     }

@@ -12,8 +12,8 @@
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <algorithm>
 #include <QTimer>
+#include <algorithm>
 
 namespace pivotel {
 

@@ -31,8 +31,8 @@ QString withoutorphan(QString text) {
 void prepare(QMessageBox& box, QWidget* parent, const QString& title) {
     box.setWindowTitle(title.isEmpty() ? QApplication::applicationName() : title);
     if (auto* grid = qobject_cast<QGridLayout*>(box.layout()))
-        grid->addItem(new QSpacerItem(boxwidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed), grid->rowCount(), 0,
-                      1, grid->columnCount());
+        grid->addItem(new QSpacerItem(boxwidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
     box.adjustSize();
     if (parent) {
         const QRect around = parent->window()->frameGeometry();

@@ -16,8 +16,7 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports, const QStringLi
             failed += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") + report.reason;
     }
     // Notes only follow the usual message: a run whose photos were all turned is still done.
-    const QString notes =
-        noted.isEmpty() ? QString() : QStringLiteral("\n\nOf note:") + noted;
+    const QString notes = noted.isEmpty() ? QString() : QStringLiteral("\n\nOf note:") + noted;
     QString notdone;
     for (const QString& name : stopped)
         notdone += QLatin1Char('\n') + name + QStringLiteral(": stopped");
@@ -36,7 +35,8 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports, const QStringLi
     if (!failed.isEmpty()) {
         if (!message.isEmpty())
             message += QStringLiteral("\n\n");
-        message += QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
+        message +=
+            QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
     }
     return message + notes + notdone;
 }

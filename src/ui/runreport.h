@@ -12,6 +12,7 @@ namespace pivotel {
 // names, one to a line) followed by those that could not be turned, each with its reason. The
 // photos a stop kept from their turn come last, each named as "stopped"; with nothing else to
 // tell, the box begins "Stopped".
-[[nodiscard]] QString endofrunmessage(const std::vector<PhotoReport>& reports, const QStringList& stopped = {});
+[[nodiscard]] QString endofrunmessage(const std::vector<PhotoReport>& reports,
+                                      const QStringList& stopped = {});
 
 } // namespace pivotel

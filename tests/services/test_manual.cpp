@@ -36,11 +36,13 @@ TEST(HelpManual, TheBundleHoldsThePdfBuiltFromTheManualWithEverySection) {
 TEST(HelpManual, NoPageHasTextPastItsRightMargin) {
     QTemporaryDir folder;
     QProcess render;
-    render.start(QStringLiteral("pdftoppm"), {QStringLiteral("-r"), QStringLiteral("40"), QStringLiteral("-gray"),
-                                             helpmanualfile(QStringLiteral(PIVOTEL_TEST_RESOURCES)),
-                                             folder.filePath(QStringLiteral("page"))});
+    render.start(QStringLiteral("pdftoppm"),
+                 {QStringLiteral("-r"), QStringLiteral("40"), QStringLiteral("-gray"),
+                  helpmanualfile(QStringLiteral(PIVOTEL_TEST_RESOURCES)),
+                  folder.filePath(QStringLiteral("page"))});
     ASSERT_TRUE(render.waitForFinished(60000) && render.exitCode() == 0);
-    const QStringList pages = QDir(folder.path()).entryList({QStringLiteral("page*")}, QDir::Files, QDir::Name);
+    const QStringList pages =
+        QDir(folder.path()).entryList({QStringLiteral("page*")}, QDir::Files, QDir::Name);
     ASSERT_GE(pages.size(), 3);
     for (const QString& name : pages) {
         const QImage page(folder.filePath(name));

@@ -21,15 +21,16 @@ using Stop = WindowTest;
 // Every control one can act on, by role, and the name a screen reader says for it.
 void walk(QAccessibleInterface* node, QStringList& unnamed, QStringList& named, int depth = 0) {
     static const QList<QAccessible::Role> interactive = {
-        QAccessible::PushButton, QAccessible::CheckBox,  QAccessible::RadioButton, QAccessible::ComboBox,
-        QAccessible::Slider,     QAccessible::SpinBox,   QAccessible::EditableText, QAccessible::Table,
-        QAccessible::Cell,       QAccessible::PageTab,   QAccessible::ButtonMenu,  QAccessible::ProgressBar};
+        QAccessible::PushButton, QAccessible::CheckBox, QAccessible::RadioButton,  QAccessible::ComboBox,
+        QAccessible::Slider,     QAccessible::SpinBox,  QAccessible::EditableText, QAccessible::Table,
+        QAccessible::Cell,       QAccessible::PageTab,  QAccessible::ButtonMenu,   QAccessible::ProgressBar};
     if (!node || depth > 40 || node->state().invisible)
         return;
     if (interactive.contains(node->role()) || node->state().focusable) {
         const QString name = node->text(QAccessible::Name).trimmed();
         const QString who = node->object() ? node->object()->objectName() : QString();
-        (name.isEmpty() ? unnamed : named) << (name.isEmpty() ? who + '/' + QString::number(node->role()) : name);
+        (name.isEmpty() ? unnamed : named)
+            << (name.isEmpty() ? who + '/' + QString::number(node->role()) : name);
     }
     for (int i = 0; i < node->childCount(); ++i)
         walk(node->child(i), unnamed, named, depth + 1);
@@ -63,8 +64,8 @@ TEST_F(Access, EveryControlHasANameAndRowsAndThePreviewReadAsTheirPhotos) {
     QStringList unnamed, named;
     walk(QAccessible::queryAccessibleInterface(window.get()), unnamed, named);
     EXPECT_EQ(unnamed, QStringList());
-    for (const char* name : {"Photo list", "JPEG quality", "a.jpg, Rotate 90º Clockwise", "Thumbnail of a.jpg",
-                             "a.jpg", "Start", "Use Lossless Rotation", "Parallel"})
+    for (const char* name : {"Photo list", "JPEG quality", "a.jpg, Rotate 90º Clockwise",
+                             "Thumbnail of a.jpg", "a.jpg", "Start", "Use Lossless Rotation", "Parallel"})
         EXPECT_TRUE(named.contains(QString::fromUtf8(name))) << name;
     EXPECT_EQ(QAccessible::queryAccessibleInterface(child("imagepreview"))->text(QAccessible::Name), "a.jpg");
 }
@@ -88,7 +89,8 @@ TEST_F(Scaled, ThePreviewIsMadeAtTheScreensOwnPixels) {
     ASSERT_FALSE(shown.isNull());
     EXPECT_EQ(shown.devicePixelRatio(), scale);
     const QImage sharp =
-        QImage(path("a.jpg")).scaled(viewer->contentsRect().size() * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        QImage(path("a.jpg"))
+            .scaled(viewer->contentsRect().size() * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     const QImage made = shown.toImage().convertToFormat(sharp.format());
     ASSERT_EQ(made.size(), sharp.size());
     qint64 difference = 0;
@@ -133,7 +135,8 @@ TEST_F(Access, RefusedDropsAreCountedOnTheStatusLine) {
     } cases[] = {
         {{QUrl::fromLocalFile(photo({"a.jpg"}))}, ""},
         {{QUrl::fromLocalFile(path("notes.txt"))}, "1 dropped item not taken: 1 not a JPEG photo"},
-        {{QUrl::fromLocalFile(path("notes.txt")), QUrl("https://example.com/w.jpg"), QUrl::fromLocalFile(path("a.jpg"))},
+        {{QUrl::fromLocalFile(path("notes.txt")), QUrl("https://example.com/w.jpg"),
+          QUrl::fromLocalFile(path("a.jpg"))},
          "3 dropped items not taken: 1 not a JPEG photo, 2 at or after an item that isn't a file"},
     };
     for (const auto& c : cases) {
