@@ -51,7 +51,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
 # Debian 12's runtime packages of the libraries the programs link, and its exiftool.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "libqt6core6 (>= 6.4), libqt6gui6 (>= 6.4), libqt6widgets6 (>= 6.4), qt6-qpa-plugins, \
+    "libqt6core6 (>= 6.4), libqt6gui6 (>= 6.4), libqt6widgets6 (>= 6.4), libqt6dbus6 (>= 6.4), qt6-qpa-plugins, \
 libturbojpeg0 (>= 1:2.1), libjpeg62-turbo (>= 1:2.1), libexempi8, libcurl4 (>= 7.16.2), \
 libimage-exiftool-perl, libc6 (>= 2.34), libstdc++6 (>= 12), libgcc-s1")
 include(CPack)

@@ -39,6 +39,22 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const {
     }
     if (role == Qt::ToolTipRole && index.column() == NameColumn)
         return r.path;
+    // What a screen reader says: a row by its name cell, as the file's name and its action.
+    if (role == Qt::AccessibleTextRole) {
+        const QString label = data(index.siblingAtColumn(LabelColumn)).toString();
+        switch (index.column()) {
+        case NameColumn:
+            return r.name + QStringLiteral(", ") + label;
+        case LabelColumn:
+            return label;
+        case ThumbnailColumn:
+            return QStringLiteral("Thumbnail of ") + r.name;
+        default:
+            return {};
+        }
+    }
+    if (role == Qt::AccessibleDescriptionRole && index.column() == LabelColumn)
+        return QStringLiteral("Space or Enter chooses the action");
     return {};
 }
 
@@ -95,6 +111,11 @@ void PhotoListModel::setallactions(Action action) {
     }
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
                      {Qt::DisplayRole});
+}
+
+void PhotoListModel::setactions(Action action, const std::vector<qint64>& rows) {
+    for (const qint64 row : rows)
+        setaction(row, action);
 }
 
 void PhotoListModel::setrechecked(const std::vector<std::optional<Action>>& results) {

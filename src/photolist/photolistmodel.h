@@ -58,6 +58,8 @@ class PhotoListModel : public QAbstractTableModel {
     void appendrows(const std::vector<PhotoRow>& rows);
     void setaction(qint64 row, Action action);
     void setallactions(Action action);
+    // The same for the given rows only.
+    void setactions(Action action, const std::vector<qint64>& rows);
     // The results of a recheck of the EXIF orientation of the first rows, one per row from row 0:
     // an action, or none when the row's file could not be read.
     void setrechecked(const std::vector<std::optional<Action>>& results);

@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMainWindow>
+#include <QProgressBar>
 #include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
@@ -49,6 +50,9 @@ PhotoListView* makelist(QWidget* parent, QAbstractItemModel& model) {
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list->setAccessibleName(QStringLiteral("Photo list"));
+    list->setAccessibleDescription(
+        QStringLiteral("Space or Enter chooses a row's action; Delete takes the row off"));
     list->setShowGrid(false);
     list->setWordWrap(false);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -94,10 +98,22 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     ui.wheel = new ProgressWheel(ui.listframe);
     ui.wheel->setObjectName(QStringLiteral("ProgressWheel1"));
     ui.wheel->hide();
+    // How far a run is, "12 of 1,000", beside the status text; shown during runs only.
+    ui.progress = new QProgressBar(ui.listframe);
+    ui.progress->setObjectName(QStringLiteral("runprogress"));
+    ui.progress->setAccessibleName(QStringLiteral("Progress of the run"));
+    ui.progress->setFont(pixelfont(ui.progress, 12, false));
+    ui.progress->setFixedWidth(160);
+    ui.progress->hide();
+    ui.note = new QLabel(ui.listframe);
+    ui.note->setObjectName(QStringLiteral("statusnote"));
+    ui.note->setFont(pixelfont(ui.note, 12, false));
 
     auto* status = new QHBoxLayout;
     status->setContentsMargins(0, 0, 0, 0);
     status->addWidget(ui.rowcounter, 1);
+    status->addWidget(ui.note);
+    status->addWidget(ui.progress);
     status->addWidget(ui.wheel);
     auto* left = new QVBoxLayout(ui.listframe);
     left->setContentsMargins(6, 6, 6, 4);
@@ -115,6 +131,9 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     ui.imagepreview = new QLabel(ui.previewframe);
     ui.imagepreview->setObjectName(QStringLiteral("imagepreview"));
     ui.imagepreview->setAlignment(Qt::AlignCenter);
+    // A stop of its own for the keyboard, so that a screen reader names the photo on show.
+    ui.imagepreview->setFocusPolicy(Qt::StrongFocus);
+    ui.imagepreview->setAccessibleName(QStringLiteral("Preview"));
     // A picture on show must not hold the frame open: the frame decides the viewer's size.
     ui.imagepreview->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     auto* preview = new QVBoxLayout(ui.previewframe);
@@ -125,6 +144,7 @@ MainLayout MainLayout::build(QMainWindow& window, QAbstractItemModel& model) {
     ui.optionsframe->setMinimumHeight(optionsheight);
     ui.tabs = new QTabWidget(ui.optionsframe);
     ui.tabs->setObjectName(QStringLiteral("TabPanel1"));
+    ui.tabs->setAccessibleName(QStringLiteral("Options"));
     ui.tabs->tabBar()->setFont(pixelfont(ui.tabs, 14, false));
     ui.options = new OptionsPanel(ui.tabs);
     ui.tabs->addTab(ui.options, QStringLiteral("Preferences"));

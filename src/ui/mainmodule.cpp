@@ -16,7 +16,9 @@
 #include <QFileInfo>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QLocale>
 #include <QMouseEvent>
+#include <QProgressBar>
 #include <QScopedValueRollback>
 #include <QTableView>
 
@@ -39,6 +41,7 @@ MainModule::MainModule(Dialogs& dialogs, SettingsStore& settings, bool forappsto
     connect(ui_.list, &PhotoListView::contextmenu, this, &MainModule::Listbox1_ConstructContextualMenu);
     connect(ui_.list, &PhotoListView::removerequested, this, &MainModule::removeselectedrow);
     connect(ui_.list, &PhotoListView::dropped, this, &MainModule::takepaths);
+    connect(ui_.list, &PhotoListView::refused, this, &MainModule::droprefused);
     // The viewer changes size with the window and with the splitter.
     ui_.imagepreview->installEventFilter(this);
     updatetimer_.setObjectName(QStringLiteral("updatetimer"));
@@ -154,6 +157,20 @@ void MainModule::takepaths(const QStringList& paths) {
         intake_.drop(paths);
 }
 
+void MainModule::droprefused(qsizetype notjpeg, qsizetype notfile) {
+    QStringList why;
+    if (notjpeg > 0)
+        why << QStringLiteral("%1 not a JPEG photo").arg(notjpeg);
+    if (notfile > 0)
+        why << QStringLiteral("%1 at or after an item that isn't a file").arg(notfile);
+    const qsizetype total = notjpeg + notfile;
+    ui_.note->setText(total == 0 ? QString()
+                                 : QStringLiteral("%1 dropped %2 not taken: %3")
+                                       .arg(total)
+                                       .arg(total == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+                                       .arg(why.join(QStringLiteral(", "))));
+}
+
 void MainModule::Listbox1_popup(int row, QPoint at) {
     if (state_.isloading || takingphotos() || !list_->hasrow(row))
         return;
@@ -214,6 +231,7 @@ void MainModule::clearlist() {
     if (std::exchange(recheck_, nullptr))
         ui_.wheel->hide();
     list_->clearlist();
+    ui_.note->clear();
     nowrow_ = -1;
     preview_.clear();
     state_.isrunning = false;
@@ -237,6 +255,13 @@ void MainModule::prepwork() {
     ui_.rowcounter->setText(QStringLiteral("Starting ..."));
     state_.xstatus = QStringLiteral("Starting ...");
     list_->makelist(options.selection());
+    runrows_.clear();
+    for (qint64 r = 0; r < list_->count(); ++r) {
+        if (options.selection().takes(list_->row(r)))
+            runrows_.push_back(r);
+    }
+    donecount_ = 0;
+    stopped_ = false;
     state_.boliao = false;
     state_.isrunning = true;
     updatetimer_.start();
@@ -248,6 +273,7 @@ void MainModule::prepwork() {
     // A turned photo's thumbnail is made again as soon as its row is painted.
     connect(processthread_.get(), &RunSession::photofinished, ui_.list->viewport(),
             qOverload<>(&QWidget::update));
+    connect(processthread_.get(), &RunSession::photofinished, this, [this] { ++donecount_; });
     connect(processthread_.get(), &RunSession::finished, this, [this] {
         state_.isrunning = false;
         state_.boliao = true;
@@ -269,8 +295,23 @@ void MainModule::photostarted(qint64 index, const QString& name) {
     state_.candopreview = false;
 }
 
+void MainModule::stoprun() {
+    if (!state_.isrunning || !processthread_ || closing_)
+        return;
+    stopped_ = true;
+    processthread_->requeststop();
+}
+
 void MainModule::showprogress() {
     ui_.rowcounter->setText(state_.xstatus);
+    const auto total = static_cast<qint64>(runrows_.size());
+    // The program's texts are English, and so are its numbers: "12 of 1,000".
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    ui_.progress->setRange(0, static_cast<int>(total));
+    ui_.progress->setValue(static_cast<int>(donecount_));
+    ui_.progress->setFormat(english.toString(donecount_) + QStringLiteral(" of ") + english.toString(total));
+    ui_.progress->show();
+    taskbar_.show(donecount_, total);
     // The worker is never held for this: a photo is replaced by a single rename, so the preview
     // reads the whole old photo or the whole new one.
     Dopreviewrow(state_.currentrow);
@@ -278,16 +319,31 @@ void MainModule::showprogress() {
 
 void MainModule::endrun() {
     ui_.wheel->hide();
-    ui_.rowcounter->setText(QStringLiteral("All Done"));
-    // Every row, also those added during the run, so that a second Start finds nothing to do.
-    list_->setallactions(Action::AsIs);
+    ui_.progress->hide();
+    taskbar_.hide();
+    const std::vector<PhotoReport> reports = processthread_->reports();
+    // The run's rows are done with, so that a second Start finds nothing to do, save those a
+    // stop kept from their turn; rows added during the run keep their actions for the next.
+    std::vector<bool> ended(runrows_.size(), false);
+    for (const PhotoReport& report : reports)
+        ended.at(static_cast<size_t>(report.index)) = true;
+    std::vector<qint64> done;
+    QStringList stopped;
+    for (size_t i = 0; i < runrows_.size(); ++i) {
+        if (ended[i])
+            done.push_back(runrows_[i]);
+        else
+            stopped << list_->filelist().at(i).name;
+    }
+    list_->setactions(Action::AsIs, done);
+    ui_.rowcounter->setText(stopped.isEmpty() ? QStringLiteral("All Done") : QStringLiteral("Stopped"));
     state_.boliao = false;
     list_->resetfilelist();
+    runrows_.clear();
     // Between runs the relay has nothing to do.
     updatetimer_.stop();
-    const std::vector<PhotoReport> reports = processthread_->reports();
     processthread_.reset();
-    dialogs_.tell(this, endofrunmessage(reports));
+    dialogs_.tell(this, endofrunmessage(reports, stopped));
     state_.isrunning = false;
 }
 

@@ -9,6 +9,7 @@
 #include "ui/photointake.h"
 #include "ui/photopreview.h"
 #include "ui/settings.h"
+#include "ui/taskbarprogress.h"
 
 #include <QMainWindow>
 #include <QTimer>
@@ -51,6 +52,10 @@ class MainModule : public QMainWindow {
     void loadfolders();
     // Photos are being taken onto the list.
     bool takingphotos() const { return intake_.busy(); }
+    // Stops the run under way: its photos in work are finished, no other is begun, and the
+    // rows not done keep their actions for the next run. The menu's Stop and Escape.
+    void stoprun();
+
     // Takes the selected row off the list; its file stays where it is. Not during a run, an
     // intake or an orientation check.
     void removeselectedrow();
@@ -104,6 +109,9 @@ class MainModule : public QMainWindow {
     // Load + Start: the folder scan to its end, then Start.
     void loadstart();
 
+    // Notes on the status line what a drop left out, and why.
+    void droprefused(qsizetype notjpeg, qsizetype notfile);
+
     // The 50 ms relay between the run's thread and the window.
     void updatetimer_Action();
     void showprogress();
@@ -125,6 +133,10 @@ class MainModule : public QMainWindow {
     bool telling_ = false; // the message about a missing photo stands open
     QTimer updatetimer_;
     std::unique_ptr<RunSession> processthread_;
+    std::vector<qint64> runrows_; // the list row of each photo of the run
+    qint64 donecount_ = 0;        // photos of the run ended, however
+    bool stopped_ = false;        // the user stopped the run
+    TaskbarProgress taskbar_;
     std::unique_ptr<RecheckJob> recheck_;
     bool closing_ = false;
 };

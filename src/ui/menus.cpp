@@ -7,6 +7,7 @@
 #include "ui/aboutwindow.h"
 #include "ui/dialogs.h"
 #include "ui/mainmodule.h"
+#include "ui/maintoolbar.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -14,6 +15,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QTimer>
+#include <QWindow>
 
 namespace pivotel {
 
@@ -44,14 +46,36 @@ void Menus::buildfile() {
     QMenu* menu = window_.menuBar()->addMenu(QStringLiteral("File"));
     menu->setObjectName(QStringLiteral("UntitledMenu1"));
     // New rows during a run wait for the next one: the run works on its frozen list.
-    additem(menu, "FileLoadFiles", QStringLiteral("Load Files"), {}, [this] {
+    additem(menu, "FileLoadFiles", QStringLiteral("Load Files"), QKeySequence::Open, [this] {
         if (!window_.takingphotos())
             window_.loadfiles();
     });
-    additem(menu, "FileLoadFolders", QStringLiteral("Load Folders"), {}, [this] {
-        if (!window_.state().isrunning && !window_.takingphotos())
-            window_.loadfolders();
-    });
+    additem(menu, "FileLoadFolders", QStringLiteral("Load Folders"),
+            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), [this] {
+                if (!window_.state().isrunning && !window_.takingphotos())
+                    window_.loadfolders();
+            });
+    menu->addSeparator();
+    // The toolbar's commands, for the keyboard: the same buttons pressed, with the same rules.
+    const struct {
+        const char* name;
+        const char* identifier;
+        const char* text;
+        QKeySequence shortcut;
+    } commands[] = {
+        {"FileStart", "start", "Start", QKeySequence(Qt::CTRL | Qt::Key_R)},
+        {"FileLoadStart", "loadstart", "Load + Start", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R)},
+        {"FileClearList", "clearlist", "Clear List", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backspace)},
+    };
+    for (const auto& command : commands) {
+        QAction* button = window_.toolbar()->item(QLatin1String(command.identifier));
+        additem(menu, command.name, QLatin1String(command.text), command.shortcut,
+                [button] { button->trigger(); });
+    }
+    // Escape anywhere in the window, and the usual stop of macOS, Cmd+Period.
+    additem(menu, "FileStop", QStringLiteral("Stop"), QKeySequence(Qt::Key_Escape), [this] {
+        window_.stoprun();
+    })->setShortcuts({QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_Period)});
 }
 
 void Menus::buildedit() {
@@ -200,8 +224,10 @@ void Menus::checkforupdates(bool verbose) {
 }
 
 void Menus::speak(const UpdateAnswer& answer, bool verbose) {
-    // An answer that comes while another dialog is up waits for it to close.
-    if (QApplication::activeModalWidget()) {
+    // An answer that comes while another dialog is up waits for it to close; one that comes
+    // before the window is on screen waits for it, so that the box opens over it.
+    if (QApplication::activeModalWidget() || !window_.windowHandle() ||
+        !window_.windowHandle()->isExposed()) {
         QTimer::singleShot(500, this, [this, answer, verbose] { speak(answer, verbose); });
         return;
     }

@@ -20,9 +20,11 @@ class UpdateCheck;
 struct UpdateAnswer;
 
 // The menu bar, MenuBar1, on the main window, and the application's commands behind it:
-// "File" (Load Files, Load Folders), "&Edit" on the control in focus, "Window", and "&Help"
-// (Quit, About, the manual, the update check). Each item's object name is its name in the
-// program's design ("FileLoadFiles", "EditUndo", ...). Shortcuts are the platform's own.
+// "File" (Load Files, Load Folders, the toolbar's Start, Load + Start and Clear List, and Stop),
+// "&Edit" on the control in focus, "Window", and "&Help" (Quit, About, the manual, the update
+// check). Each item's object name is its name in the program's design ("FileLoadFiles",
+// "EditUndo", ...). Shortcuts are the platform's own where it has one: Open for Load Files;
+// ours otherwise, as the manual lists them.
 class Menus : public QObject {
     Q_OBJECT
   public:

@@ -58,10 +58,14 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
     qualityslider_->setTickPosition(QSlider::TicksBelow);
     qualityslider_->setTickInterval(5);
     qualityslider_->setTracking(true);
+    qualityslider_->setAccessibleName(QStringLiteral("JPEG quality"));
+    qualityslider_->setAccessibleDescription(QStringLiteral("Quality of re-encoded photos, 10 to 100"));
 
     jpgquality_ = new QLineEdit(QStringLiteral("75"), this);
     jpgquality_->setObjectName(QStringLiteral("jpgquality"));
     jpgquality_->setFixedWidth(45);
+    jpgquality_->setAccessibleName(QStringLiteral("JPEG quality"));
+    jpgquality_->setAccessibleDescription(QStringLiteral("Quality of re-encoded photos, 10 to 100"));
     QPalette fieldcolours = jpgquality_->palette();
     fieldcolours.setColor(QPalette::Base, Qt::white);
     fieldcolours.setColor(QPalette::Text, Qt::black);
@@ -87,6 +91,7 @@ OptionsPanel::OptionsPanel(QWidget* parent) : QWidget(parent) {
         "whose size isn't whole blocks there: Trim drops that edge (at most 15 pixels), Re-encode "
         "turns that photo exactly at its own quality, Keep leaves the edge unturned."));
     lbloddsizes_->setBuddy(oddsizes_);
+    oddsizes_->setAccessibleName(QStringLiteral("Odd Sizes"));
     // Built as the lossless box is, unchecked.
     lbloddsizes_->setEnabled(false);
     oddsizes_->setEnabled(false);

@@ -84,8 +84,11 @@ void PhotoListDelegate::paintthumbnail(QPainter* painter, const QStyleOptionView
         view_.thumbnail(index.siblingAtColumn(PhotoListModel::PathColumn).data().toString());
     if (picture.isNull())
         return;
-    // Drawn at half its pixels, so sharp on a double-density screen, centred in the 80-wide cell.
-    const QSize shown(picture.width() / 2, picture.height() / 2);
+    // Drawn at half its pixels, so sharp on a screen of up to double density, centred in the
+    // 80-wide cell; a portrait photo is made smaller to stay inside its own row.
+    QSize shown(picture.width() / 2, picture.height() / 2);
+    if (shown.height() > option.rect.height())
+        shown.scale(80, option.rect.height(), Qt::KeepAspectRatio);
     const int x = std::max(0, (80 - shown.width()) / 2);
     const QRect target(option.rect.topLeft() + QPoint(x, 0), shown);
     painter->save();

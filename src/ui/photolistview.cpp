@@ -1,5 +1,6 @@
 #include "ui/photolistview.h"
 
+#include "photolist/extensions.h"
 #include "photolist/photolistmodel.h"
 #include "support/nativepath.h"
 #include "ui/photolistdelegate.h"
@@ -7,11 +8,12 @@
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <algorithm>
 #include <QTimer>
+#include <algorithm>
 
 namespace pivotel {
 
@@ -21,6 +23,8 @@ PhotoListView::PhotoListView(QWidget* parent) : QTableView(parent) {
     viewport()->setAcceptDrops(true);
     setDragDropMode(QAbstractItemView::DropOnly);
     setDropIndicatorShown(false);
+    // Tab leaves the list for the next control: inside it the arrows move.
+    setTabKeyNavigation(false);
     connect(&loader_, &ThumbnailLoader::ready, viewport(), qOverload<>(&QWidget::update));
 }
 
@@ -94,6 +98,14 @@ void PhotoListView::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Backspace:
         emit removerequested();
         return;
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        // The first or last row, not the first or last cell of the row.
+        if (model()->rowCount() > 0) {
+            const int row = event->key() == Qt::Key_Home ? 0 : model()->rowCount() - 1;
+            setCurrentIndex(model()->index(row, PhotoListModel::NameColumn));
+        }
+        return;
     default:
         QTableView::keyPressEvent(event);
     }
@@ -115,14 +127,21 @@ void PhotoListView::dragMoveEvent(QDragMoveEvent* event) {
 
 void PhotoListView::dropEvent(QDropEvent* event) {
     QStringList paths;
-    for (const QUrl& url : event->mimeData()->urls()) {
+    const QList<QUrl> urls = event->mimeData()->urls();
+    qsizetype notjpeg = 0;
+    qsizetype taken = 0;
+    for (const QUrl& url : urls) {
         // An item that isn't a file ends the drop: what follows it isn't looked at.
         if (!url.isLocalFile())
             break;
+        ++taken;
         // The URL's bytes, not toLocalFile(), which would lose a name that isn't UTF-8.
         paths << pathfromnative(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+        if (!QFileInfo(paths.last()).isDir() && !hasextension(paths.last(), extensions::drop()))
+            ++notjpeg;
     }
     event->acceptProposedAction();
+    emit refused(notjpeg, urls.size() - taken);
     emit dropped(paths);
 }
 

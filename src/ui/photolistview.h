@@ -9,8 +9,8 @@ namespace pivotel {
 
 // The photo list's view: rows with their thumbnails, a pop-up of actions on the label cell (by
 // the mouse, or Space or Enter on the current row), a context menu, Delete and Backspace to take
-// a row off, and drops of files and folders. What these do is the window's to decide: the view
-// only tells it.
+// a row off, Home and End to the first and last row, and drops of files and folders. What these do is the
+// window's to decide: the view only tells it.
 class PhotoListView : public QTableView {
     Q_OBJECT
   public:
@@ -28,6 +28,9 @@ class PhotoListView : public QTableView {
     void removerequested();
     // Local files and folders dropped, in the drag's order, up to the first item that isn't one.
     void dropped(const QStringList& paths);
+    // Of a drop: how many files aren't photos by their names, and how many items were left
+    // out from the first that isn't a file on.
+    void refused(qsizetype notjpeg, qsizetype notfile);
 
   protected:
     void paintEvent(QPaintEvent* event) override;

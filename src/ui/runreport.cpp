@@ -2,7 +2,7 @@
 
 namespace pivotel {
 
-QString endofrunmessage(const std::vector<PhotoReport>& reports) {
+QString endofrunmessage(const std::vector<PhotoReport>& reports, const QStringList& stopped) {
     QString missing, failed, noted;
     for (const PhotoReport& report : reports) {
         if (report.outcome == PhotoOutcome::Skipped)
@@ -16,10 +16,14 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports) {
             failed += QLatin1Char('\n') + report.photo.name + QStringLiteral(": ") + report.reason;
     }
     // Notes only follow the usual message: a run whose photos were all turned is still done.
-    const QString notes =
-        noted.isEmpty() ? QString() : QStringLiteral("\n\nOf note:") + noted;
+    const QString notes = noted.isEmpty() ? QString() : QStringLiteral("\n\nOf note:") + noted;
+    QString notdone;
+    for (const QString& name : stopped)
+        notdone += QLatin1Char('\n') + name + QStringLiteral(": stopped");
+    if (!notdone.isEmpty())
+        notdone = QStringLiteral("\n\nNot Done:") + notdone;
     if (missing.isEmpty() && failed.isEmpty())
-        return QStringLiteral("All Done") + notes;
+        return (stopped.isEmpty() ? QStringLiteral("All Done") : QStringLiteral("Stopped")) + notes + notdone;
 
     QString message;
     if (!missing.isEmpty()) {
@@ -31,9 +35,10 @@ QString endofrunmessage(const std::vector<PhotoReport>& reports) {
     if (!failed.isEmpty()) {
         if (!message.isEmpty())
             message += QStringLiteral("\n\n");
-        message += QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
+        message +=
+            QStringLiteral("The Following Photos Could not be Rotated and were Left Unchanged\n") + failed;
     }
-    return message + notes;
+    return message + notes + notdone;
 }
 
 } // namespace pivotel

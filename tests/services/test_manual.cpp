@@ -1,8 +1,11 @@
 #include "services/helpmanual.h"
 
+#include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using namespace pivotel;
@@ -28,4 +31,31 @@ TEST(HelpManual, TheBundleHoldsThePdfBuiltFromTheManualWithEverySection) {
         ++titles;
     }
     EXPECT_GE(titles, 8);
+}
+
+TEST(HelpManual, NoPageHasTextPastItsRightMargin) {
+    QTemporaryDir folder;
+    QProcess render;
+    render.start(QStringLiteral("pdftoppm"),
+                 {QStringLiteral("-r"), QStringLiteral("40"), QStringLiteral("-gray"),
+                  helpmanualfile(QStringLiteral(PIVOTEL_TEST_RESOURCES)),
+                  folder.filePath(QStringLiteral("page"))});
+    ASSERT_TRUE(render.waitForFinished(60000) && render.exitCode() == 0);
+    const QStringList pages =
+        QDir(folder.path()).entryList({QStringLiteral("page*")}, QDir::Files, QDir::Name);
+    ASSERT_GE(pages.size(), 3);
+    for (const QString& name : pages) {
+        const QImage page(folder.filePath(name));
+        ASSERT_FALSE(page.isNull()) << qPrintable(name);
+        // A4 with 2 cm margins: the text ends 190 mm from the left edge.
+        const int margin = page.width() * 190 / 210 + 1;
+        int rightmost = 0;
+        for (int y = 0; y < page.height(); ++y) {
+            for (int x = page.width() - 1; x > rightmost; --x) {
+                if (qGray(page.pixel(x, y)) < 128)
+                    rightmost = x;
+            }
+        }
+        EXPECT_LE(rightmost, margin) << qPrintable(name);
+    }
 }

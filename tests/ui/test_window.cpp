@@ -183,7 +183,15 @@ TEST_F(Menu, HoldsItsItemsInOrder) {
         for (QAction* entry : title->menu()->actions())
             shown << (entry->isSeparator() ? "-" : entry->text());
     }
-    EXPECT_EQ(shown.join('|'), "UntitledMenu1:File|Load Files|Load Folders|EditMenu:&Edit|&Undo|-|Cu&t|&Copy|"
+    // The keys the manual lists for the File menu, each for one entry.
+    QStringList keys;
+    for (QAction* entry : window->menuBar()->actions().first()->menu()->actions()) {
+        for (const QKeySequence& key : entry->shortcuts())
+            keys << key.toString();
+    }
+    EXPECT_EQ(keys.join(' '), "Ctrl+O Ctrl+Shift+O Ctrl+R Ctrl+Shift+R Ctrl+Shift+Backspace Esc Ctrl+.");
+    EXPECT_EQ(shown.join('|'), "UntitledMenu1:File|Load Files|Load Folders|-|Start|Load + Start|Clear "
+                               "List|Stop|EditMenu:&Edit|&Undo|-|Cu&t|&Copy|"
                                "&Paste|&Delete|-|Select &All|WindowMenu:Window|Minimize|-|" +
                                    window->windowTitle().trimmed() +
                                    "|FileMenu:&Help|&Quit|About Pivotel|Help Manual|-|Check for Updates");
