@@ -19,7 +19,7 @@ _pivotel_cli() {
         fi
     done
     case $prev in
-    --action) COMPREPLY=($(compgen -W 'cw ccw 180 flip asis' -- "$cur")); return ;;
+    --action) COMPREPLY=($(compgen -W 'cw ccw 180 flip flipv transpose transverse asis' -- "$cur")); return ;;
     --odd-sizes) COMPREPLY=($(compgen -W 'trim reencode keep' -- "$cur")); return ;;
     --quality) COMPREPLY=($(compgen -W '75 80 85 90 95 100' -- "$cur")); return ;;
     -j | --jobs) COMPREPLY=($(compgen -W "$(seq 1 "$(nproc 2>/dev/null || echo 4)")" -- "$cur")); return ;;

@@ -62,9 +62,10 @@ QString usagetext() {
         "PATH may name files and folders; folders are scanned with their sub folders.\n"
         "\n"
         "  --no-recursive          only the files directly in a folder\n"
-        "  --action=ACTION         one action for every photo: cw, ccw, 180, flip or asis\n"
-        "                          (default: from the EXIF orientation; photos needing no turn\n"
-        "                          are skipped)\n"
+        "  --action=ACTION         one action for every photo: cw, ccw, 180, flip (left to\n"
+        "                          right), flipv (top to bottom), transpose (cw, then flip),\n"
+        "                          transverse (ccw, then flip) or asis (default: from the EXIF\n"
+        "                          orientation; photos needing no turn are skipped)\n"
         "  --reencode              decode and re-encode each photo instead of turning it\n"
         "                          losslessly\n"
         "  --quality=N             JPEG quality of --reencode, 10 to 100 (default 75)\n"
@@ -123,7 +124,10 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
             const auto found = actionfortoken(value.toLower());
             if (!hasvalue || !found)
                 return Status::failure(
-                    QStringLiteral("--action needs one of cw, ccw, 180, flip, asis (got \"%1\")").arg(value));
+                    QStringLiteral(
+                        "--action needs one of cw, ccw, 180, flip, flipv, transpose, transverse, asis "
+                        "(got \"%1\")")
+                        .arg(value));
             options.action = *found;
         } else if (name == QLatin1String("--quality")) {
             bool number = false;

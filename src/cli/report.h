@@ -15,7 +15,7 @@ struct Entry {
     QString path;
     QString code;      // what became of it, for scripts: stable words listed in the README
     QString text;      // the reason for a photo left alone or not done, for people
-    QString action;    // the action as the command line's token (cw, ccw, 180, flip, asis)
+    QString action;    // the action as the command line's token (cw, ccw, 180, flip, ..., asis)
     QStringList notes; // for a turned photo: what else became of it
 };
 

@@ -17,6 +17,12 @@ JpegTransform transformfor(Action action) {
         return JpegTransform::Rotate180;
     case Action::FlipLeft:
         return JpegTransform::FlipHorizontal;
+    case Action::FlipUpsideDown:
+        return JpegTransform::FlipVertical;
+    case Action::Transpose:
+        return JpegTransform::Transpose;
+    case Action::Transverse:
+        return JpegTransform::Transverse;
     case Action::AsIs:
         break;
     }
@@ -26,15 +32,16 @@ JpegTransform transformfor(Action action) {
 namespace {
 
 // Says, in the turned photo's terms, what became of the edge: "trimmed 8 pixels off the width",
-// "edge of 8 pixels left unturned". A turn by a quarter makes the source's rows its columns.
+// "edge of 8 pixels left unturned". A turn by a quarter, or across a diagonal, makes the source's
+// rows its columns.
 QString pixels(int n) {
     return n == 1 ? QStringLiteral("1 pixel") : QStringLiteral("%1 pixels").arg(n);
 }
 
 QString edgenote(PartialEdges partial, Action action, bool trimmed) {
-    const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
-    const int width = quarter ? partial.rows : partial.columns;
-    const int height = quarter ? partial.columns : partial.rows;
+    const bool swapped = swapssides(action);
+    const int width = swapped ? partial.rows : partial.columns;
+    const int height = swapped ? partial.columns : partial.rows;
     if (!trimmed) {
         return width && height
                    ? QStringLiteral("edges of %1 and %2 left unturned").arg(pixels(width), pixels(height))
@@ -84,7 +91,7 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     rotation.size = probe->size;
     if (edges == EdgePolicy::Trim)
         rotation.size -= QSize(partial->columns, partial->rows);
-    if (action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise)
+    if (swapssides(action))
         rotation.size.transpose();
     if (edges != EdgePolicy::Perfect)
         rotation.notes << edgenote(*partial, action, edges == EdgePolicy::Trim);

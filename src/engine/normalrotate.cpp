@@ -50,10 +50,10 @@ Result<Rotation> normalrotatenew(const QString& path, Action action, const QStri
 }
 
 Result<Rotation> reencodeatownquality(const QString& path, Action action, const QString& target) {
-    const bool quarter = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
-    return reencode(path, action, target, [quarter](EncodeSettings& settings, DecodedPicture& picture) {
+    const bool swapped = swapssides(action);
+    return reencode(path, action, target, [swapped](EncodeSettings& settings, DecodedPicture& picture) {
         settings.colorspace = picture.colorspace;
-        settings.coding = quarter ? picture.coding.transposed() : picture.coding;
+        settings.coding = swapped ? picture.coding.transposed() : picture.coding;
         settings.progressive = true;
     });
 }

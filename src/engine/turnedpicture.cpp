@@ -23,23 +23,24 @@ template <int B> void reversed(const unsigned char* from, unsigned char* to, int
 // Reading whole columns instead would fetch a cache line, and often a page, per pixel.
 constexpr int tilerows = 16;
 
+// Output row r is source column r (`fromleft`) or width-1-r, read bottom to top (`upward`) or top
+// to bottom: clockwise from the left upward, counterclockwise from the right downward, a
+// transpose from the left downward, a transverse from the right upward.
 template <int B>
-void quarterturn(const QImage& source, bool clockwise, int first, int count, unsigned char* out,
+void quarterturn(const QImage& source, bool fromleft, bool upward, int first, int count, unsigned char* out,
                  qsizetype stride) {
     const int width = source.width();
     const int height = source.height();
     const unsigned char* from[tilerows];
     for (int y0 = 0; y0 < height; y0 += tilerows) {
         const int rows = std::min(tilerows, height - y0);
-        // Clockwise, output row r is source column r read bottom to top; counterclockwise it is
-        // source column width-1-r read top to bottom.
         for (int i = 0; i < rows; ++i)
-            from[i] = source.constScanLine(y0 + i) + qsizetype(clockwise ? first : width - 1 - first) * B;
-        const qsizetype step = clockwise ? B : -B;
+            from[i] = source.constScanLine(y0 + i) + qsizetype(fromleft ? first : width - 1 - first) * B;
+        const qsizetype step = fromleft ? B : -B;
         for (int k = 0; k < count; ++k) {
             unsigned char* to = out + k * stride;
             for (int i = 0; i < rows; ++i) {
-                const int column = clockwise ? height - 1 - (y0 + i) : y0 + i;
+                const int column = upward ? height - 1 - (y0 + i) : y0 + i;
                 copypixel<B>(from[i] + k * step, to + qsizetype(column) * B);
             }
         }
@@ -64,17 +65,23 @@ void copystrip(const QImage& source, Action action, int first, int count, unsign
         for (int k = 0; k < count; ++k)
             reversed<B>(source.constScanLine(height - 1 - (first + k)), out + k * stride, width);
         break;
+    case Action::FlipUpsideDown:
+        for (int k = 0; k < count; ++k)
+            std::memcpy(out + k * stride, source.constScanLine(height - 1 - (first + k)), size_t(width) * B);
+        break;
     case Action::Rotate90Clockwise:
-        quarterturn<B>(source, true, first, count, out, stride);
+        quarterturn<B>(source, true, true, first, count, out, stride);
         break;
     case Action::Rotate90Counterclockwise:
-        quarterturn<B>(source, false, first, count, out, stride);
+        quarterturn<B>(source, false, false, first, count, out, stride);
+        break;
+    case Action::Transpose:
+        quarterturn<B>(source, true, false, first, count, out, stride);
+        break;
+    case Action::Transverse:
+        quarterturn<B>(source, false, true, first, count, out, stride);
         break;
     }
-}
-
-bool swapsides(Action action) {
-    return action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
 }
 
 int pixelsize(QImage::Format format) {
@@ -99,11 +106,11 @@ TurnedPicture::TurnedPicture(QImage source, Action action) : source_(std::move(s
 }
 
 int TurnedPicture::width() const {
-    return swapsides(action_) ? source_.height() : source_.width();
+    return swapssides(action_) ? source_.height() : source_.width();
 }
 
 int TurnedPicture::height() const {
-    return swapsides(action_) ? source_.width() : source_.height();
+    return swapssides(action_) ? source_.width() : source_.height();
 }
 
 void TurnedPicture::copyrows(int first, int count, unsigned char* out, qsizetype stride) const {

@@ -9,8 +9,9 @@ namespace pivotel {
 
 // A picture as an action turns it, made a strip of rows at a time for the encoder, so that no
 // second whole picture is ever held: a 24-megapixel photo needs its decoded pixels and a few
-// rows more. Pure pixel moves, nothing interpolated, no border. "Flip Left" mirrors left to
-// right, as the lossless path's flip does.
+// rows more. Pure pixel moves, nothing interpolated, no border. Each action moves the pixels as
+// the lossless path's operation moves the blocks: "Flip Left" mirrors left to right, the
+// transpose across the top-left to bottom-right diagonal.
 class TurnedPicture : public RowSource {
   public:
     // The source is shared, not copied, when its format is Format_RGBX8888, Format_RGB888 or

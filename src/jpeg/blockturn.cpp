@@ -9,7 +9,8 @@ BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
     for (int k = 0; k < 64; ++k) {
         const int n = jpeg_natural_order[k]; // the turned block's coefficient at zigzag k
         const int row = n / 8, column = n % 8;
-        const bool transposed = kind == Transpose || kind == TurnRight || kind == TurnLeft;
+        const bool transposed =
+            kind == Transpose || kind == TurnRight || kind == TurnLeft || kind == Transverse;
         r.from[std::size_t(k)] = uint8_t(transposed ? column * 8 + row : n);
         // A mirror flips the sign of the odd frequencies across it.
         bool flip = false;
@@ -23,6 +24,7 @@ BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
             flip = row % 2;
             break;
         case FlipBoth:
+        case Transverse:
             flip = (row + column) % 2;
             break;
         case Copy:
@@ -52,6 +54,14 @@ BlockTurn::BlockTurn(JpegTransform op, int sourcewidth, int sourceheight, const 
     case JpegTransform::FlipHorizontal:
         mirrorcolumns_ = sourcewidth / mcuwidth;
         break;
+    case JpegTransform::FlipVertical:
+        mirrorrows_ = sourceheight / mcuheight;
+        break;
+    case JpegTransform::Transverse:
+        mirrorcolumns_ = sourceheight / mcuwidth;
+        mirrorrows_ = sourcewidth / mcuheight;
+        break;
+    case JpegTransform::Transpose:
     case JpegTransform::None:
         break;
     }
@@ -89,6 +99,22 @@ long long BlockTurn::placerow(CoefficientPlanes& out, int component, int row, co
             x = column < columns ? columns - 1 - column : column;
             kind = column < columns ? FlipColumns : Copy;
             break;
+        case JpegTransform::FlipVertical:
+            y = row < rows ? rows - 1 - row : row;
+            kind = row < rows ? FlipRows : Copy;
+            break;
+        case JpegTransform::Transpose: // source rows become columns, left to right
+            x = row;
+            y = column;
+            kind = Transpose;
+            break;
+        case JpegTransform::Transverse: { // source rows become columns right to left, bottom to top
+            const bool across = row < columns, down = column < rows;
+            x = across ? columns - 1 - row : row;
+            y = down ? rows - 1 - column : column;
+            kind = across && down ? Transverse : across ? TurnRight : down ? TurnLeft : Transpose;
+            break;
+        }
         case JpegTransform::None:
             break;
         }

@@ -29,7 +29,7 @@ class BlockTurn {
         std::array<uint8_t, 64> from{};
         std::array<int16_t, 64> flip{}; // 0 or -1
     };
-    enum Kind { Copy, FlipColumns, FlipRows, FlipBoth, Transpose, TurnRight, TurnLeft, Kinds };
+    enum Kind { Copy, FlipColumns, FlipRows, FlipBoth, Transpose, TurnRight, TurnLeft, Transverse, Kinds };
 
     static Recipe recipe(Kind kind);
 

@@ -23,6 +23,12 @@ int transformop(JpegTransform op) {
         return TJXOP_ROT270;
     case JpegTransform::FlipHorizontal:
         return TJXOP_HFLIP;
+    case JpegTransform::FlipVertical:
+        return TJXOP_VFLIP;
+    case JpegTransform::Transpose:
+        return TJXOP_TRANSPOSE;
+    case JpegTransform::Transverse:
+        return TJXOP_TRANSVERSE;
     case JpegTransform::None:
         break;
     }
@@ -183,12 +189,15 @@ Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
     // The edges each operation brings to the top or the left, as libjpeg's transformer has them.
     switch (op) {
     case JpegTransform::Rotate90: // the bottom edge goes to the left
+    case JpegTransform::FlipVertical:
         return PartialEdges{0, rows};
     case JpegTransform::Rotate270: // the right edge goes to the top
     case JpegTransform::FlipHorizontal:
         return PartialEdges{columns, 0};
     case JpegTransform::Rotate180:
+    case JpegTransform::Transverse:
         return PartialEdges{columns, rows};
+    case JpegTransform::Transpose: // the edges stay at the right and the bottom
     case JpegTransform::None:
         break;
     }
@@ -215,8 +224,9 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     unsigned char* output = nullptr;
     unsigned long outputsize = 0;
-    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                               static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+    const int rc =
+        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
     const TjBuffer owned(output);
     // TurboJPEG reports a warning that came before an error as a warning, and may leave half a
     // result then: libjpeg, reading the data as the transform did, tells the two apart. Sound
@@ -227,8 +237,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
         if (!reader.wholedata())
             return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
         if (tjGetErrorCode(tj.get()) != TJERR_WARNING)
-            return Status::failure(
-                QStringLiteral("damaged JPEG data (%1)").arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
+            return Status::failure(QStringLiteral("damaged JPEG data (%1)")
+                                       .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
         warning = reader.warning();
     }
     if (!output || outputsize == 0)
@@ -236,7 +246,8 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
 
     const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
     if (!written)
-        return Status::failure(QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        return Status::failure(
+            QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
     return warning;
 }
 

@@ -7,8 +7,23 @@
 
 namespace pivotel {
 
-// The lossless operations on coded JPEG data.
-enum class JpegTransform { None, Rotate90, Rotate180, Rotate270, FlipHorizontal };
+// The lossless operations on coded JPEG data, as jpegtran names them.
+enum class JpegTransform {
+    None,
+    Rotate90,
+    Rotate180,
+    Rotate270,
+    FlipHorizontal,
+    FlipVertical,
+    Transpose,
+    Transverse
+};
+
+// Whether the operation makes the picture's rows its columns.
+[[nodiscard]] constexpr bool transposes(JpegTransform op) {
+    return op == JpegTransform::Rotate90 || op == JpegTransform::Rotate270 ||
+           op == JpegTransform::Transpose || op == JpegTransform::Transverse;
+}
 
 // What to do with the partial blocks at the right and bottom edges, which a lossless turn can't
 // move to the top or left edge: none may be there (the transform is refused otherwise), keep

@@ -160,10 +160,6 @@ void setexifsize(QByteArray& exif, unsigned width, unsigned height) {
     } while (--tags);
 }
 
-bool transposes(JpegTransform op) {
-    return op == JpegTransform::Rotate90 || op == JpegTransform::Rotate270;
-}
-
 } // namespace
 
 std::optional<TurnedHeader> turnedheader(const QByteArray& data, JpegTransform op, EdgePolicy edges) {
@@ -208,8 +204,9 @@ std::optional<TurnedHeader> turnedheader(const QByteArray& data, JpegTransform o
     const int blockwidth = 8 * frame.maxhsamp(), blockheight = 8 * frame.maxvsamp();
     if (edges == EdgePolicy::Trim) {
         const bool right = op == JpegTransform::Rotate90 || op == JpegTransform::Rotate180 ||
-                           op == JpegTransform::FlipHorizontal;
-        const bool bottom = op == JpegTransform::Rotate270 || op == JpegTransform::Rotate180;
+                           op == JpegTransform::FlipHorizontal || op == JpegTransform::Transverse;
+        const bool bottom = op == JpegTransform::Rotate270 || op == JpegTransform::Rotate180 ||
+                            op == JpegTransform::FlipVertical || op == JpegTransform::Transverse;
         if (right && frame.width / blockwidth > 0)
             frame.width = frame.width / blockwidth * blockwidth;
         if (bottom && frame.height / blockheight > 0)

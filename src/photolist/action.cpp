@@ -11,13 +11,19 @@ struct ActionNames {
 };
 
 // The one table from actions to the words that stand for them.
-const std::array<ActionNames, 5>& names() {
-    static const std::array<ActionNames, 5> table{{
+const std::array<ActionNames, allactions.size()>& names() {
+    static const std::array<ActionNames, allactions.size()> table{{
         {Action::AsIs, QStringLiteral("As Is"), QStringLiteral("asis")},
         {Action::Rotate90Clockwise, QStringLiteral("Rotate 90\u00BA Clockwise"), QStringLiteral("cw")},
-        {Action::Rotate90Counterclockwise, QStringLiteral("Rotate 90\u00BA Counterclockwise"), QStringLiteral("ccw")},
+        {Action::Rotate90Counterclockwise, QStringLiteral("Rotate 90\u00BA Counterclockwise"),
+         QStringLiteral("ccw")},
         {Action::Rotate180, QStringLiteral("Rotate 180\u00BA"), QStringLiteral("180")},
         {Action::FlipLeft, QStringLiteral("Flip Left"), QStringLiteral("flip")},
+        {Action::FlipUpsideDown, QStringLiteral("Flip Upside Down"), QStringLiteral("flipv")},
+        {Action::Transpose, QStringLiteral("Rotate 90\u00BA Clockwise and Flip Left"),
+         QStringLiteral("transpose")},
+        {Action::Transverse, QStringLiteral("Rotate 90\u00BA Counterclockwise and Flip Left"),
+         QStringLiteral("transverse")},
     }};
     return table;
 }
@@ -64,12 +70,20 @@ const QStringList& actionlabels() {
 
 Action actionfororientation(int orientation) {
     switch (orientation) {
-    case 6:
-        return Action::Rotate90Clockwise;
-    case 8:
-        return Action::Rotate90Counterclockwise;
+    case 2:
+        return Action::FlipLeft;
     case 3:
         return Action::Rotate180;
+    case 4:
+        return Action::FlipUpsideDown;
+    case 5:
+        return Action::Transpose;
+    case 6:
+        return Action::Rotate90Clockwise;
+    case 7:
+        return Action::Transverse;
+    case 8:
+        return Action::Rotate90Counterclockwise;
     default:
         return Action::AsIs;
     }

@@ -45,7 +45,8 @@ class Dialogs {
     // A message with one button.
     virtual void tell(QWidget* parent, const QString& message) = 0;
     // A pop-up menu of `items` at `at` (global coordinates), all enabled or all greyed: the index
-    // of the entry chosen, none when the menu is dismissed.
+    // of the entry chosen, none when the menu is dismissed. An empty item is a separator, which
+    // counts in the index but can't be chosen.
     virtual std::optional<int> popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) = 0;
 };
 

@@ -175,20 +175,25 @@ void MainModule::Listbox1_popup(int row, QPoint at) {
     if (state_.isloading || takingphotos() || !list_->hasrow(row))
         return;
     ui_.list->selectRow(row);
-    const std::optional<int> chosen = dialogs_.popup(ui_.list, actionlabels(), at, true);
-    if (chosen && list_->hasrow(row))
-        list_->setaction(row, allactions.at(static_cast<size_t>(*chosen)));
+    // The five of the menus, then below a separator those of the mirrored orientations.
+    const int separator = static_cast<int>(menuactions);
+    QStringList entries = actionlabels().mid(0, separator);
+    entries << QString() << actionlabels().mid(separator);
+    const std::optional<int> chosen = dialogs_.popup(ui_.list, entries, at, true);
+    if (!chosen || *chosen == separator || !list_->hasrow(row))
+        return;
+    list_->setaction(row, allactions.at(static_cast<size_t>(*chosen < separator ? *chosen : *chosen - 1)));
 }
 
 void MainModule::Listbox1_ConstructContextualMenu(QPoint at) {
     QStringList entries;
-    for (const QString& label : actionlabels())
+    for (const QString& label : actionlabels().mid(0, static_cast<qsizetype>(menuactions)))
         entries << QStringLiteral("Set All to ") + label;
     entries << QStringLiteral("Set All to EXIF Orientation Check");
     const std::optional<int> chosen = dialogs_.popup(ui_.list, entries, at, list_->count() > 0);
     if (!chosen)
         return;
-    if (*chosen < static_cast<int>(allactions.size()))
+    if (*chosen < static_cast<int>(menuactions))
         list_->setallactions(allactions.at(static_cast<size_t>(*chosen)));
     else
         recheckall();

@@ -117,8 +117,12 @@ void QtDialogs::tell(QWidget* parent, const QString& message) {
 
 std::optional<int> QtDialogs::popup(QWidget* parent, const QStringList& items, QPoint at, bool enabled) {
     QMenu menu(parent);
-    for (const QString& item : items)
-        menu.addAction(item)->setEnabled(enabled);
+    for (const QString& item : items) {
+        if (item.isEmpty())
+            menu.addSeparator();
+        else
+            menu.addAction(item)->setEnabled(enabled);
+    }
     const QAction* chosen = menu.exec(at);
     if (!chosen)
         return std::nullopt;

@@ -58,9 +58,9 @@ CliResult runcli(const QStringList& arguments, const QString& datahome, const QS
 TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
     QTemporaryDir dir, data;
     // Photos by a short name: "odd" is "-Été 'à' "la" plage.jpg", which needs "--" before it.
-    const QMap<QString, int> orientations{{u"odd"_s, 8},   {u"eight"_s, 8}, {u"one"_s, 1},
-                                          {u"plain"_s, 0}, {u"six"_s, 6},   {u"sub/six"_s, 6},
-                                          {u"three"_s, 3}, {u"notes"_s, -1}};
+    const QMap<QString, int> orientations{
+        {u"odd"_s, 8},   {u"eight"_s, 8}, {u"one"_s, 1},  {u"plain"_s, 0}, {u"six"_s, 6},   {u"sub/six"_s, 6},
+        {u"three"_s, 3}, {u"two"_s, 2},   {u"four"_s, 4}, {u"five"_s, 5},  {u"seven"_s, 7}, {u"notes"_s, -1}};
     auto path = [&dir](const QString& name) {
         return dir.filePath(name == "odd"_L1       ? u"-\u00C9t\u00E9 '\u00E0' \"la\" plage.jpg"_s
                             : name == "nowhere"_L1 ? name
@@ -75,11 +75,12 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         photos[it.key()] = it.value() < 0 ? QByteArray("not a photo") : readbytes(path(it.key()));
     }
     const Pixels original = decodejpeg(path(u"plain"_s)); // every photo's pixels
-    const QString dryrun = u"Rotate 90\u00BA Counterclockwise\t%1\nRotate 90\u00BA Counterclockwise\t%2\n"
-                           "Rotate 90\u00BA Clockwise\t%3\nRotate 180\u00BA\t%4\n"_s.arg(
-                               path(u"odd"_s), path(u"eight"_s), path(u"six"_s), path(u"three"_s));
+    QString dryrun;
+    for (const char* name : {"odd", "eight", "five", "four", "seven", "six", "three", "two"})
+        dryrun += labelof(actionfororientation(orientations[QLatin1String(name)])) + u'\t' +
+                  path(QLatin1String(name)) + u'\n';
     const timespec old[2] = {{981173106, 0}, {981173106, 123456789}};
-    const char* turnable = "odd eight six sub/six three";
+    const char* turnable = "odd eight six sub/six three two four five seven";
     struct Case {
         // DIR is the folder, a short name the photo, "nowhere" a missing one; SIGINT or SIGTERM
         // first: sent while the first photo is in work
@@ -92,9 +93,11 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         int tolerance = idcttolerance;
     };
     std::vector<Case> cases{
-        {"--json DIR", 1, "notes.jpg: not a readable JPEG photo", u"\"turned\": 5"_s, turnable},
+        {"--json DIR", 1, "notes.jpg: not a readable JPEG photo", u"\"turned\": 9"_s, turnable},
         {"-q six", 0, "", {}, "six"},
         {"--json -q --action ccw six", 0, "", u"\"action\": \"ccw\""_s, "six"},
+        {"--json -q --action transverse one", 0, "",
+         u"\"actiontext\": \"Rotate 90\u00BA Counterclockwise and Flip Left\""_s, "one"},
         {"--json -q six nowhere", 1, "nowhere: no such file or folder", u"\"code\": \"missing\""_s, "six"},
         {"-v six",
          0,
@@ -117,7 +120,7 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--action=180 one plain", 0, "Turned 2 photos", {}, "one plain"},
         {"--action=asis six", 0, "Turned 0 photos, skipped 1", {}, ""},
         {"six nowhere", 1, "nowhere: no such file or folder", {}, "six"},
-        {"--reencode --quality=100 DIR", 1, "Re-encoded 5 photos, skipped 2, failed 1", {}, turnable, 1, 8},
+        {"--reencode --quality=100 DIR", 1, "Re-encoded 9 photos, skipped 2, failed 1", {}, turnable, 1, 8},
         {"--reencode six", 0, "Re-encoded 1 photo", {}, "six", 8, 100}, // quality 75
         {"--reencode --process-all --quality=10 --json one plain six", 0, "Re-encoded 3 photos, skipped 0",
          u"\"turned\": 3"_s, "one plain six", 80, 100},

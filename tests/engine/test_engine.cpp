@@ -292,7 +292,11 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
         {u"-dash 'quote' \"\u00E9t\u00E9\".jpg"_s, 8, Action::Rotate90Counterclockwise, 240},
         {u"#hash.jpg"_s, 3, Action::Rotate180, 300},
         {u"mirrored.jpg"_s, 2, Action::FlipLeft, 72}, // its X resolution 72.5, which stays
+        {u"upside down.jpg"_s, 4, Action::FlipUpsideDown, 300},
+        {u"diagonal.jpg"_s, 5, Action::Transpose, 300},
+        {u"other diagonal.jpg"_s, 7, Action::Transverse, 300},
         {u"bare.jpg"_s, 1, Action::Rotate90Clockwise, 0}};
+    const qint64 count = std::size(photos);
     const timespec times[2] = {{981173106, 123456789}, {978307200, 987654321}}; // accessed, modified
     // What a turn changes, and what describes the file rather than the photo. Every other value
     // must read exactly as before, raw.
@@ -307,7 +311,8 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
         u"IFD0:Make"_s,          u"ExifIFD:ExposureTime"_s,           u"ExifIFD:DateTimeOriginal"_s,
         u"Canon:SerialNumber"_s, u"ICC_Profile:ProfileDescription"_s, u"XMP-dc:Title"_s,
         u"IPTC:City"_s};
-    for (const bool tool : {true, false}) {
+    // With the tool losslessly, without it, and with it re-encoded at quality 100.
+    for (const auto& [tool, lossless] : {std::pair{true, true}, {false, true}, {true, false}}) {
         WorkList work{row(u"gone.jpg"_s, Action::Rotate180)};
         std::vector<QMap<QString, QString>> tags;
         Pixels pixels; // the same in every photo
@@ -329,34 +334,34 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
         const QByteArray untouched = readbytes(work.back().path);
         started.clear();
         // Asked to stop when the last photo but one starts.
-        const auto reports =
-            run(work, {.preservedates = tool}, tool ? exiftoolpath() : dir.filePath(u"none"_s), 5);
+        const RunOptions options{.uselosslessrotation = lossless, .quality = 100, .preservedates = tool};
+        const int before = finished;
+        const auto reports = run(work, options, tool ? exiftoolpath() : dir.filePath(u"none"_s), count);
         ASSERT_EQ(reports.size(), work.size() - 1);
         EXPECT_EQ(reports[0].outcome, PhotoOutcome::Missing);
         EXPECT_EQ(readbytes(work.back().path), untouched);
-        EXPECT_EQ(started.size(), 6);
-        EXPECT_EQ(finished, tool ? 6 : 12);
+        EXPECT_EQ(started.size(), count + 1);
+        EXPECT_EQ(finished - before, count + 1);
         EXPECT_EQ(files(data.path()), QStringList{u"xtemp.lock"_s});
-        for (size_t i = 0; i < 5; ++i) {
+        for (size_t i = 0; i < size_t(count); ++i) {
             const auto& [name, orientation, action, dpi] = photos[i];
             const QString& path = work[i + 1].path;
             EXPECT_EQ(reports[i + 1].index, qint64(i + 1));
             EXPECT_EQ(reports[i + 1].photo.path, path);
             EXPECT_EQ(started.value(int(i + 1)), u"%1 %2"_s.arg(i + 1).arg(name));
-            SCOPED_TRACE(name.toStdString() + (tool ? " with the tool" : " without"));
+            SCOPED_TRACE(name.toStdString() + (tool ? " with the tool" : " without") +
+                         (lossless ? "" : ", re-encoded"));
             struct stat st {}; // before anything here reads the photo
             ::stat(QFile::encodeName(path).constData(), &st);
             EXPECT_EQ(st.st_mtim.tv_sec == times[1].tv_sec && st.st_mtim.tv_nsec == times[1].tv_nsec &&
                           st.st_atim.tv_sec == times[0].tv_sec && st.st_atim.tv_nsec == times[0].tv_nsec,
                       tool);
             EXPECT_EQ(reports[i + 1].outcome, PhotoOutcome::Turned) << qPrintable(reports[i + 1].reason);
-            EXPECT_LE(maxdifference(decodejpeg(path), turned(pixels, action)), idcttolerance);
+            EXPECT_LE(maxdifference(decodejpeg(path), turned(pixels, action)), lossless ? idcttolerance : 8);
             const auto after = alltags(path);
             // The size everywhere it is given, the thumbnail turned with the picture. The XMP library
             // keeps the size in EXIF alone: it drops the XMP copy.
-            const bool quarter =
-                action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
-            const QString size = quarter ? u"32 48"_s : u"48 32"_s;
+            const QString size = swapssides(action) ? u"32 48"_s : u"48 32"_s;
             EXPECT_EQ(exiftool({u"-IFD0:Orientation"_s, u"-IFD0:XResolution"_s, u"-IFD0:YResolution"_s,
                                 u"-ExifImageWidth"_s, u"-ExifImageHeight"_s, u"-XMP-tiff:ImageWidth"_s,
                                 u"-XMP-tiff:ImageHeight"_s, u"-s3"_s, u"-n"_s, path})

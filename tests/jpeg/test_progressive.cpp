@@ -91,7 +91,8 @@ QByteArray compress(const Source& s) {
 
 // What TurboJPEG alone writes for the same turn.
 QByteArray reference(const QByteArray& jpeg, JpegTransform op, EdgePolicy edges) {
-    const int ops[] = {TJXOP_NONE, TJXOP_ROT90, TJXOP_ROT180, TJXOP_ROT270, TJXOP_HFLIP};
+    const int ops[] = {TJXOP_NONE,  TJXOP_ROT90, TJXOP_ROT180,    TJXOP_ROT270,
+                       TJXOP_HFLIP, TJXOP_VFLIP, TJXOP_TRANSPOSE, TJXOP_TRANSVERSE};
     tjtransform t{};
     t.op = ops[int(op)];
     t.options = TJXOPT_PROGRESSIVE | (edges == EdgePolicy::Perfect ? TJXOPT_PERFECT
@@ -153,8 +154,10 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
     const std::vector<ScanCoderBuild> coders = scancodershere();
     for (const Source& source : sources) {
         const QByteArray jpeg = compress(source);
-        for (JpegTransform op : {JpegTransform::None, JpegTransform::Rotate90, JpegTransform::Rotate180,
-                                 JpegTransform::Rotate270, JpegTransform::FlipHorizontal})
+        for (JpegTransform op :
+             {JpegTransform::None, JpegTransform::Rotate90, JpegTransform::Rotate180,
+              JpegTransform::Rotate270, JpegTransform::FlipHorizontal, JpegTransform::FlipVertical,
+              JpegTransform::Transpose, JpegTransform::Transverse})
             for (EdgePolicy edges : {EdgePolicy::Perfect, EdgePolicy::Keep, EdgePolicy::Trim}) {
                 const QByteArray expected = reference(jpeg, op, edges);
                 for (ScanCoderBuild coder : coders) {

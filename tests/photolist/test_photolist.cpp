@@ -12,9 +12,11 @@ using namespace pivotel::test;
 TEST(Texts, EachActionHasOneLabelAndOneTokenReadBackIgnoringTheLabelsCaseAndTheCounterCountsPhotos) {
     // In menu order. "º" is U+00BA, the masculine ordinal indicator, not the degree sign.
     const QStringList labels =
-        QString::fromUtf8("As Is|Rotate 90º Clockwise|Rotate 90º Counterclockwise|Rotate 180º|Flip Left")
+        QString::fromUtf8("As Is|Rotate 90º Clockwise|Rotate 90º Counterclockwise|Rotate 180º|Flip Left|"
+                          "Flip Upside Down|Rotate 90º Clockwise and Flip Left|"
+                          "Rotate 90º Counterclockwise and Flip Left")
             .split(u'|');
-    const QStringList tokens = QStringLiteral("asis cw ccw 180 flip").split(u' ');
+    const QStringList tokens = QStringLiteral("asis cw ccw 180 flip flipv transpose transverse").split(u' ');
     EXPECT_EQ(actionlabels(), labels);
     for (size_t i = 0; i < allactions.size(); ++i) {
         EXPECT_EQ(labelof(allactions[i]), labels[i]);
@@ -30,8 +32,9 @@ TEST(Texts, EachActionHasOneLabelAndOneTokenReadBackIgnoringTheLabelsCaseAndTheC
         EXPECT_EQ(countertext(count), QLatin1String(text));
 }
 
-TEST(Actions, OrientationsThreeSixAndEightAskForATurnNoOtherDoes) {
-    const QStringList expected = QStringLiteral("asis asis asis 180 asis asis cw asis ccw asis").split(u' ');
+TEST(Actions, EachOrientationButOneAsksForTheActionThatMakesItUpright) {
+    const QStringList expected =
+        QStringLiteral("asis asis flip 180 flipv transpose cw transverse ccw asis").split(u' ');
     for (int orientation = 0; orientation < 10; ++orientation)
         EXPECT_EQ(tokenof(actionfororientation(orientation)), expected[orientation]) << orientation;
 }
@@ -137,4 +140,3 @@ TEST_F(PhotoIntake, FolderScanGoesDepthFirstInNameOrderWithSubFoldersWhereTheyAr
     EXPECT_TRUE(hasextension(QStringLiteral("a.Heic"), extensions::loadfiles()));
     EXPECT_TRUE(hasextension(QStringLiteral("a.JPE"), extensions::loadpicture()));
 }
-

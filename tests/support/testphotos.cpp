@@ -106,15 +106,19 @@ Pixels decodejpeg(const QString& path, int channels) {
 }
 
 Pixels turned(const Pixels& in, Action action) {
-    const bool swap = action == Action::Rotate90Clockwise || action == Action::Rotate90Counterclockwise;
+    const bool swap = swapssides(action);
     Pixels out{swap ? in.height : in.width, swap ? in.width : in.height, in.rgb};
     const int w = in.width - 1, h = in.height - 1;
     for (int y = 0; y <= h; ++y) {
         for (int x = 0; x <= w; ++x) {
+            // The two mirrors across a diagonal: a quarter turn, then left and right swapped.
             const auto [nx, ny] = action == Action::Rotate90Clockwise          ? std::pair(h - y, x)
                                   : action == Action::Rotate90Counterclockwise ? std::pair(y, w - x)
                                   : action == Action::Rotate180                ? std::pair(w - x, h - y)
                                   : action == Action::FlipLeft                 ? std::pair(w - x, y)
+                                  : action == Action::FlipUpsideDown           ? std::pair(x, h - y)
+                                  : action == Action::Transpose                ? std::pair(y, x)
+                                  : action == Action::Transverse               ? std::pair(h - y, w - x)
                                                                                : std::pair(x, y);
             std::copy_n(in.at(x, y), 3, const_cast<unsigned char*>(out.at(nx, ny)));
         }

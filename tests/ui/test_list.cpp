@@ -46,18 +46,20 @@ TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
               "Set All to As Is|Set All to Rotate 90º Clockwise|Set All to Rotate 90º "
               "Counterclockwise|Set All to Rotate 180º|Set All to Flip Left|Set All to "
               "EXIF Orientation Check(greyed)");
-    load({{"a.jpg", 6, {96, 64}}, {"b.jpg"}, {"c.jpg", 8}});
+    load({{"a.jpg", 6, {96, 64}}, {"b.jpg", 7}, {"c.jpg", 8}});
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:transverse c.jpg:ccw");
     // Pressing the label selects the row and chooses; a dismissal changes nothing; the keyboard
-    // does the same as the mouse.
-    dialogs.picks = {3, std::nullopt, 4};
+    // does the same as the mouse. The mirrored orientations' actions follow a separator.
+    dialogs.picks = {3, std::nullopt, 7};
     QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, cell(1, PhotoListModel::LabelColumn));
     EXPECT_EQ(list()->currentIndex().row(), 1);
     QTest::keyClick(list(), Qt::Key_Down);
     QTest::keyClick(list(), Qt::Key_Space);
     QTest::keyClick(list(), Qt::Key_Return);
-    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:180 c.jpg:flip");
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:180 c.jpg:transpose");
     EXPECT_EQ(dialogs.menus, QStringList(3, "As Is|Rotate 90º Clockwise|Rotate 90º Counterclockwise|Rotate "
-                                            "180º|Flip Left"));
+                                            "180º|Flip Left||Flip Upside Down|Rotate 90º Clockwise and Flip "
+                                            "Left|Rotate 90º Counterclockwise and Flip Left"));
     EXPECT_EQ(font(2).pixelSize() * 10 + font(2).bold() + font(2).italic(), 142);
     EXPECT_EQ(font(0).pixelSize() * 10 + font(0).bold() + font(0).italic(), 120);
 
@@ -70,7 +72,7 @@ TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
     writebytes(path("c.jpg"), c);
     dialogs.picks = {5};
     contextmenu();
-    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:asis c.jpg:asis");
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:transverse c.jpg:asis");
     EXPECT_EQ(label(2), "Fail");
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return thumbnail("a.jpg") == QSize(160, 106); }));
