@@ -249,7 +249,7 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
     while (!server.canReadLine() && server.waitForReadyRead(30000)) {
     }
     const QStringList ports = QString(server.readLine()).trimmed().split(' ');
-    ASSERT_EQ(ports.size(), 2);
+    ASSERT_EQ(ports.size(), 3);
     const auto url = [&](const QString& name, int port) {
         return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports[port], name);
     };
@@ -269,6 +269,7 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
         QString said;                 // the version offered when there is an answer, else the message told
         std::optional<bool> yes = {}; // the answer to the offer
         int server = 0;               // 1: one that never answers, 2: a certificate nobody vouches for
+        const char* answer = "";      // another status than 200 (see versionserver.py)
     } cases[] = {
         {"99.0", true, "99.0", true},
         {newer, true, newer, false},
@@ -285,13 +286,19 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
         {"99." + QByteArray(5000, '1'), true, unreachable},
         {"99.0", true, unreachable, {}, 2},
         {"99.0", true, unreachable, {}, 1},
+        // Only a 200 is an answer: not a redirect's body, nor a redirect off HTTPS, nor no content.
+        {"99.0.0", true, unreachable, {}, 0, "?status=302"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=302&to=http"},
+        {"99.0.0", true, "99.0.0", true, 0, "?status=301&to=https"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=204"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=203"},
     };
     int n = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << n);
         const QString name = QStringLiteral("v%1.txt").arg(n++);
         writebytes(folder.filePath(name), c.body);
-        qputenv("PIVOTEL_UPDATE_URL", url(name, c.server == 1).toUtf8());
+        qputenv("PIVOTEL_UPDATE_URL", (url(name, c.server == 1) + c.answer).toUtf8());
         qputenv("PIVOTEL_UPDATE_CA", c.server == 2 ? "" : folder.filePath("cert.pem").toUtf8());
         dialogs = ScriptedDialogs();
         desktop.opened.clear();
