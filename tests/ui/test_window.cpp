@@ -1,6 +1,7 @@
 #include "app/app.h"
 #include "services/updatecheck.h"
 #include "support/appidentity.h"
+#include "support/killedrewrite.h"
 #include "support/places.h"
 #include "ui/aboutwindow.h"
 #include "ui/maintoolbar.h"
@@ -155,16 +156,24 @@ TEST_F(Window, LosslessGreysTheQualityControlsWhichKeepTheirValuesAndFollowEachO
 }
 
 TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
-    // A killed run leaves its lock file and its working file, which goes.
+    // A killed run leaves its lock file and its working file, which goes, a metadata dump, and in
+    // another slot a hard-linked photo half rewritten, which is finished.
     ensurefolder(datafolder());
-    for (const char* name : {"/xtemp.lock", "/xtemp.jpg"})
+    QDir().mkpath(pexiffolder());
+    for (const char* name : {"/xtemp.lock", "/xtemp.jpg", "/pexif/1.xml"})
         writebytes(datafolder() + name, "x");
+    QTemporaryDir linked;
+    writepattern(linked.filePath("p.jpg"), 48, 32);
+    const QByteArray fresh = killedinplacerewrite(linked.filePath("p.jpg"), datafolder(), 3).second;
     ScriptedDialogs dialogs;
     NotedDesktop desktop;
     // Paths given to the program go onto the list as a drop of them would.
     QTemporaryDir folder;
     writepattern(folder.filePath("a.jpg"), 8, 8);
     App app(dialogs, desktop, {folder.path(), "no-such.jpg"}, true);
+    EXPECT_EQ(readbytes(linked.filePath("p.jpg")), fresh);
+    EXPECT_EQ(QDir(datafolder()).entryList(QDir::Files), QStringList({"xtemp.lock", "xtemp4.lock"}));
+    EXPECT_EQ(QDir(pexiffolder()).entryList(QDir::Files), QStringList());
     EXPECT_TRUE(app.mainmodule().forappstore()); // the flavour the program was built as
     EXPECT_TRUE(QTest::qWaitFor([&] { return app.mainmodule().photolist().count() == 1; }));
     EXPECT_FALSE(QFileInfo::exists(datafolder() + "/xtemp.jpg"));
