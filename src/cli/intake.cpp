@@ -2,9 +2,11 @@
 
 #include "photolist/extensions.h"
 #include "photolist/folderscan.h"
+#include "support/fileio.h"
 #include "support/nativepath.h"
 
 #include <QDir>
+#include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +24,23 @@ class Taker {
     }
 
     void file(const QString& name, const QString& path) {
+        // What a folder scan meets by its name alone: a link to nothing, a loop of links, a path
+        // too long for the system to follow.
+        struct stat st {};
+        if (::stat(nativepath(path).constData(), &st) != 0) {
+            const int error = errno;
+            if (error == ENOENT)
+                result_.problems.push_back({path,
+                                            ::lstat(nativepath(path).constData(), &st) == 0
+                                                ? QStringLiteral("a symbolic link to nothing")
+                                                : QStringLiteral("no such file"),
+                                            QStringLiteral("missing")});
+            else
+                result_.problems.push_back({path,
+                                            QStringLiteral("it can't be read (%1)").arg(errnotext(error)),
+                                            QStringLiteral("unreadable")});
+            return;
+        }
         const Admission admission = judgephoto(path, admission_);
         switch (admission.verdict) {
         case Verdict::Admitted:

@@ -34,16 +34,28 @@ namespace {
 // and wakes the event loop through a pipe.
 std::atomic<int> stopsignal{0};
 int wakepipe[2] = {-1, -1};
+// With --json, what a second signal prints before the program ends: made before the run, since a
+// signal handler may only write. Once the real report is being written, nothing.
+QByteArray reportatstop[2]; // after SIGINT, after SIGTERM
+std::atomic<bool> printatstop{false};
 
 void onstopsignal(int signal) {
     int expected = 0;
-    stopsignal.compare_exchange_strong(expected, signal);
-    // A second signal ends the program at once, by the signal's own default. The photo in work
-    // is still whole: it is replaced in one rename, or not at all.
-    struct sigaction fallback {};
-    fallback.sa_handler = SIG_DFL;
-    ::sigaction(SIGINT, &fallback, nullptr);
-    ::sigaction(SIGTERM, &fallback, nullptr);
+    if (!stopsignal.compare_exchange_strong(expected, signal)) {
+        // A second signal ends the program at once, by the signal's own default. The photo in
+        // work is still whole: it is replaced in one rename, or not at all.
+        if (printatstop.exchange(false)) {
+            const QByteArray& report = reportatstop[signal == SIGINT ? 0 : 1];
+            [[maybe_unused]] const auto written =
+                ::write(STDOUT_FILENO, report.constData(), size_t(report.size()));
+        }
+        struct sigaction fallback {};
+        fallback.sa_handler = SIG_DFL;
+        ::sigaction(SIGINT, &fallback, nullptr);
+        ::sigaction(SIGTERM, &fallback, nullptr);
+        ::raise(signal); // delivered once the handler returns
+        return;
+    }
     const char byte = 0;
     [[maybe_unused]] const auto written = ::write(wakepipe[1], &byte, 1);
 }
@@ -163,6 +175,11 @@ int main(int argc, char* argv[]) {
     const auto parsed = parsearguments(arguments);
     if (!parsed) {
         say(QStringLiteral("pivotel-cli: %1\nTry 'pivotel-cli --help'.\n").arg(parsed.reason()));
+        // A script that asked for JSON gets it, even when the rest of the line can't be read.
+        const qsizetype endofoptions = arguments.indexOf(QStringLiteral("--"));
+        if (arguments.mid(0, endofoptions < 0 ? arguments.size() : endofoptions)
+                .contains(QStringLiteral("--json")))
+            writestdout(RunReport{.earlyexit = 2, .message = parsed.reason()}.json());
         return 2;
     }
     const CliOptions& cli = parsed.value();
@@ -173,6 +190,45 @@ int main(int argc, char* argv[]) {
     if (cli.version) {
         writestdout(QStringLiteral("pivotel-cli %1\n").arg(versiontext()).toUtf8());
         return 0;
+    }
+    // Ends with the report in each way out: the summary of a run, then the JSON when asked for.
+    const auto finish = [&cli](const RunReport& report) {
+        const QString summary = report.earlyexit != 0 ? QString() : report.summarytext(cli.quiet);
+        if (!summary.isEmpty())
+            say(summary);
+        if (cli.json && printatstop.exchange(false))
+            writestdout(report.json());
+        return report.exitcode();
+    };
+    if (cli.json) {
+        for (const int signal : {SIGINT, SIGTERM})
+            reportatstop[signal == SIGINT ? 0 : 1] =
+                RunReport{.stopsignal = signal,
+                          .message =
+                              QStringLiteral("stopped at once by a second signal: the photos in work are "
+                                             "whole, as they were or turned, and the rest as they were")}
+                    .json();
+        printatstop = true;
+    }
+
+    // Before anything else: a rewrite that a killed run left is finished, and what it left goes.
+    // A dry run changes no photo, so it only says so.
+    if (const QStringList pending = cleanleftovers(datafolder(), !cli.dryrun); !pending.isEmpty()) {
+        RunReport report{.dryrun = cli.dryrun,
+                         .earlyexit = 3,
+                         .message = cli.dryrun
+                                        ? QStringLiteral("a rewrite that a killed run left is pending; "
+                                                         "run pivotel-cli without --dry-run, or start "
+                                                         "Pivotel, to finish it")
+                                        : QStringLiteral("a rewrite that a killed run left can't be "
+                                                         "finished; its old content is kept in the data "
+                                                         "folder")};
+        for (const QString& photo : pending) {
+            report.failed.emplace_back(photo, QStringLiteral("pending"), report.message);
+            say(QStringLiteral("pivotel-cli: %1: %2\n").arg(photo, report.message));
+        }
+        report.message += QStringLiteral("; nothing else was done");
+        return finish(report);
     }
 
     PhotoListModel list;
@@ -185,13 +241,17 @@ int main(int argc, char* argv[]) {
                                            list);
     for (const InputProblem& problem : intake.problems)
         say(QStringLiteral("pivotel-cli: %1: %2\n").arg(problem.path, problem.reason));
-    if (stopsignal != 0 && intake.admitted == 0 && intake.skipped.empty()) {
-        say(QStringLiteral("pivotel-cli: stopped while taking photos in\n"));
-        return 128 + stopsignal;
-    }
     if (intake.admitted == 0 && intake.skipped.empty()) {
-        say(QStringLiteral("pivotel-cli: no JPEG photo to work on\n"));
-        return 2;
+        const bool stopped = stopsignal != 0;
+        RunReport refused{.dryrun = cli.dryrun,
+                          .stopsignal = stopsignal,
+                          .earlyexit = stopped ? 128 + stopsignal : 2,
+                          .message = stopped ? QStringLiteral("stopped while taking photos in")
+                                             : QStringLiteral("no JPEG photo to work on")};
+        for (const InputProblem& problem : intake.problems)
+            refused.failed.emplace_back(problem.path, problem.code, problem.reason);
+        say(QStringLiteral("pivotel-cli: %1\n").arg(refused.message));
+        return finish(refused);
     }
 
     RunOptions options;
@@ -233,7 +293,6 @@ int main(int argc, char* argv[]) {
                     (labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
         }
     } else if (!list.filelist().empty()) {
-        cleanleftovers(datafolder());
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, cli, app);
         for (const PhotoReport& photo : done) {
             const QString& path = photo.photo.path;
@@ -261,11 +320,5 @@ int main(int argc, char* argv[]) {
                                        tokenof(list.filelist()[r].action));
     }
     report.stopsignal = stopsignal;
-
-    const QString summary = report.summarytext(cli.quiet);
-    if (!summary.isEmpty())
-        say(summary);
-    if (cli.json)
-        writestdout(report.json());
-    return report.exitcode();
+    return finish(report);
 }

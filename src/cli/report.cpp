@@ -35,6 +35,8 @@ QJsonArray entries(const std::vector<Entry>& list, bool turned) {
 } // namespace
 
 int RunReport::exitcode() const {
+    if (earlyexit != 0)
+        return earlyexit;
     if (stopsignal != 0)
         return 128 + stopsignal;
     return failed.empty() ? 0 : 1;
@@ -85,6 +87,8 @@ QByteArray RunReport::json() const {
                      {QStringLiteral("skipped"), entries(skipped, false)},
                      {QStringLiteral("failed"), entries(failed, false)},
                      {QStringLiteral("counts"), counts}};
+    if (!message.isEmpty())
+        root.insert(QStringLiteral("message"), message);
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

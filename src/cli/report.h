@@ -21,14 +21,18 @@ struct Entry {
 
 struct RunReport {
     bool dryrun = false;
-    bool reencode = false;     // the summary says "re-encoded": "As Is" photos aren't turned
-    int stopsignal = 0;        // the signal that stopped the run, if one did
-    std::vector<Entry> turned; // in a dry run: the photos that would be turned
-    std::vector<Entry> skipped;
-    std::vector<Entry> failed;
+    bool reencode = false; // the summary says "re-encoded": "As Is" photos aren't turned
+    int stopsignal = 0;    // the signal that stopped the run, if one did
+    // An end before any photo was turned (bad usage, no photo, a stop during the intake, a
+    // pending rewrite in a dry run): the exit status, and why in words.
+    int earlyexit = 0;
+    QString message{};
+    std::vector<Entry> turned{}; // in a dry run: the photos that would be turned
+    std::vector<Entry> skipped{};
+    std::vector<Entry> failed{};
 
     // 0 when everything asked for was done, 1 when anything failed, 128 + the signal when one
-    // stopped the run.
+    // stopped the run; else the early exit's.
     [[nodiscard]] int exitcode() const;
     // With `errorsonly`, only what was not done (for --quiet).
     [[nodiscard]] QString summarytext(bool errorsonly = false) const;

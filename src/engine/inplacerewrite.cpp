@@ -1,5 +1,6 @@
 #include "engine/inplacerewrite.h"
 
+#include "engine/photorewrite.h"
 #include "support/fileio.h"
 #include "support/nativepath.h"
 #include "support/uniquefd.h"
@@ -123,7 +124,8 @@ bool recover(const Journal& journal) {
 
 } // namespace
 
-Status rewriteinplace(const QString& photo, const QString& content, const QString& datafolder, int slot) {
+Status rewriteinplace(const QString& photo, const QString& content, const QString& datafolder, int slot,
+                      const FileStamp& expected) {
     const auto fresh = readwholefile(content);
     if (!fresh)
         return Status::failure(QStringLiteral("the new photo can't be read back (%1)").arg(fresh.reason()));
@@ -137,6 +139,8 @@ Status rewriteinplace(const QString& photo, const QString& content, const QStrin
         return Status::failure(errnotext(errno));
     if (!S_ISREG(st.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
+    if (filestamp(st) != expected)
+        return Status::failure(QString::fromLatin1(changedduringturn));
     const auto old = readcontent(fd.get(), st.st_size);
     if (!old)
         return Status::failure(QStringLiteral("the photo can't be read (%1)").arg(old.reason()));
@@ -179,18 +183,30 @@ Status rewriteinplace(const QString& photo, const QString& content, const QStrin
     return Status::success();
 }
 
-void recoverinplace(const QString& datafolder, int slot) {
+std::optional<QString> recoverinplace(const QString& datafolder, int slot) {
     const QString journal = journalfile(datafolder, slot);
     if (const auto text = readwholefile(journal)) {
         const std::optional<Journal> record = Journal::decode(*text);
         if (record && !recover(*record)) {
             qWarning("pivotel: %s: an interrupted rewrite could not be finished; its old content is in %s",
                      qPrintable(record->photo), qPrintable(record->saved));
-            return;
+            return record->photo;
         }
     }
     ::unlink(nativepath(journal).constData());
     ::unlink(nativepath(savedcopy(datafolder, slot)).constData());
+    return std::nullopt;
+}
+
+std::optional<QString> pendinginplace(const QString& datafolder, int slot) {
+    const auto text = readwholefile(journalfile(datafolder, slot));
+    const std::optional<Journal> record = text ? Journal::decode(*text) : std::nullopt;
+    struct stat st {};
+    // A photo replaced by another file since has nothing left to finish.
+    if (!record || ::lstat(nativepath(record->photo).constData(), &st) != 0 || st.st_dev != record->device ||
+        st.st_ino != record->inode)
+        return std::nullopt;
+    return record->photo;
 }
 
 } // namespace pivotel

@@ -2,6 +2,7 @@
 
 #include "engine/inplacerewrite.h"
 #include "engine/roundabout.h"
+#include "metadata/exiftransplant.h"
 #include "support/fileio.h"
 #include "support/nativepath.h"
 #include "support/places.h"
@@ -23,7 +24,9 @@ namespace pivotel {
 
 namespace {
 
-const QString besidesuffix = QStringLiteral(".pivotel-xtemp");
+// A working file beside a photo is this and the photo's inode number: the lock on the photo
+// keeps any other run from working on it at once, and the name is short whatever the photo's.
+const QString besideprefix = QStringLiteral(".pivotel-xtemp-");
 
 // Each slot is one rewrite's set of files in the data folder; slot 0's are the plain names.
 QString slotfile(const QString& datafolder, int slot, const char* ending) {
@@ -117,6 +120,19 @@ Status copyattributes(int from, int to) {
     return Status::success();
 }
 
+// Whether a file made by this process can be given `owner`: always for its own files, and for
+// another user's only where the process may give files away (root).
+bool cangive(const QString& working, uid_t owner) {
+    if (owner == ::geteuid())
+        return true;
+    const QByteArray path = nativepath(working);
+    UniqueFd probe(::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    const bool given = probe.valid() && ::fchown(probe.get(), owner, gid_t(-1)) == 0;
+    if (probe.valid())
+        ::unlink(path.constData());
+    return given;
+}
+
 } // namespace
 
 Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, const QString& datafolder,
@@ -134,6 +150,10 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
         return Status::failure(errnotext(errno));
     if (!S_ISREG(photostat.st_mode))
         return Status::failure(QStringLiteral("not a regular file"));
+    // Its owner said it is not to be written; the permission bits alone say so for root too.
+    if ((photostat.st_mode & S_IWUSR) == 0)
+        return Status::failure(QStringLiteral("the photo is read-only"));
+    rewrite->stamp_ = filestamp(photostat);
     // A new file in its place would leave the other names holding the old photo.
     const bool linked = photostat.st_nlink > 1;
     rewrite->mode_ = photostat.st_mode & 07777;
@@ -158,15 +178,19 @@ Result<std::unique_ptr<PhotoRewrite>> PhotoRewrite::begin(const QString& photo, 
     rewrite->datafolder_ = datafolder;
     rewrite->beside_ = !samefilesystem && !roundabout;
     rewrite->inplace_ = linked || (roundabout && !(samefilesystem && folderwritable));
-    rewrite->working_ = !rewrite->beside_
-                            ? datafolderworking(datafolder, rewrite->slot_)
-                            : photofolder + QStringLiteral("/.") + photoinfo.fileName() + besidesuffix;
+    rewrite->working_ = !rewrite->beside_ ? datafolderworking(datafolder, rewrite->slot_)
+                                          : photofolder + QLatin1Char('/') + besideprefix +
+                                                QString::number(quint64(photostat.st_ino));
     if (rewrite->beside_) {
         if (Status noted = notebeside(datafolder, rewrite->slot_, rewrite->working_); !noted)
             return Status::failure(
                 QStringLiteral("the data folder can't be written (%1)").arg(noted.reason()));
     }
     ::unlink(nativepath(rewrite->working_).constData());
+    // A new file in its place would belong to this process's user; a photo rewritten in its own
+    // file keeps its owner.
+    if (!rewrite->inplace_ && !cangive(rewrite->working_, rewrite->uid_))
+        return Status::failure(QStringLiteral("belongs to another user"));
     return rewrite;
 }
 
@@ -186,7 +210,7 @@ Status PhotoRewrite::commit() {
         return Status::failure(QStringLiteral("the photo vanished during its turn"));
     // The working file stays uncommitted: it goes with the rewrite.
     if (inplace_)
-        return rewriteinplace(photo_, working_, datafolder_, slot_);
+        return rewriteinplace(photo_, working_, datafolder_, slot_, stamp_);
     {
         UniqueFd fd(::open(working.constData(), O_RDONLY | O_CLOEXEC));
         if (!fd.valid())
@@ -207,6 +231,9 @@ Status PhotoRewrite::commit() {
         if (::fsync(fd.get()) != 0)
             return Status::failure(QStringLiteral("the new photo can't be saved (%1)").arg(errnotext(errno)));
     }
+    // Last, under the photo's lock: another program's save since the turn began is kept.
+    if (filestamp(photo_) != stamp_)
+        return Status::failure(QString::fromLatin1(changedduringturn));
     if (::rename(working.constData(), nativepath(photo_).constData()) != 0)
         return Status::failure(QStringLiteral("the photo can't be replaced (%1)").arg(errnotext(errno)));
     committed_ = true;
@@ -218,7 +245,8 @@ Status PhotoRewrite::commit() {
     return Status::success();
 }
 
-void cleanleftovers(const QString& datafolder) {
+QStringList cleanleftovers(const QString& datafolder, bool finish) {
+    QStringList pending;
     for (int slot = 0; slot < rewriteslots; ++slot) {
         UniqueFd lock(::open(nativepath(lockfile(datafolder, slot)).constData(), O_RDWR | O_CLOEXEC));
         if (!lock.valid())
@@ -226,21 +254,31 @@ void cleanleftovers(const QString& datafolder) {
         // A run in another process holds the lock; its working files are in use.
         if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0)
             continue;
-        // An interrupted rewrite in place may need the working file.
-        cleanroundabout(datafolder, slot);
+        // It holds where a photo was taken, so it goes whatever else stays.
+        ::unlink(nativepath(ExifTransplant::dumpfileof(pexiffolder(datafolder), slot)).constData());
+        // An interrupted rewrite in place needs the working file until it is finished.
+        std::optional<QString> unfinished = finish ? std::nullopt : pendinginplace(datafolder, slot);
+        if (!unfinished)
+            unfinished = cleanroundabout(datafolder, slot);
+        if (unfinished) {
+            pending << *unfinished;
+            continue;
+        }
         removeworkingfiles(datafolderworking(datafolder, slot));
         const QString journal = journalfile(datafolder, slot);
         const auto noted = readwholefile(journal);
         if (noted) {
             const QString working = pathfromnative(noted.value());
             const QString name = QFileInfo(working).fileName();
-            // Only ever a file this program named.
-            if (QFileInfo(working).isAbsolute() && name.startsWith(QLatin1Char('.')) &&
-                name.endsWith(besidesuffix))
+            // Only ever a file this program named (earlier versions named it ".NAME.pivotel-xtemp").
+            if (QFileInfo(working).isAbsolute() &&
+                (name.startsWith(besideprefix) ||
+                 (name.startsWith(QLatin1Char('.')) && name.endsWith(QLatin1String(".pivotel-xtemp")))))
                 removeworkingfiles(working);
         }
         ::unlink(nativepath(journal).constData());
     }
+    return pending;
 }
 
 } // namespace pivotel

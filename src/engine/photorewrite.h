@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/filestamp.h"
 #include "support/status.h"
 #include "support/uniquefd.h"
 
@@ -14,7 +15,9 @@ namespace pivotel {
 // or the whole new one, whatever stops the program.
 //
 // The working file is "xtemp.jpg" in the data folder when that lies on the photo's file system;
-// otherwise a hidden file beside the photo, since rename(2) can't cross file systems.
+// otherwise a hidden file beside the photo, since rename(2) can't cross file systems, named
+// after the photo's inode rather than its name, so that any name the file system allows can be
+// turned.
 // Rewrites that run at once, in one process or several, each take a slot of their own, whose
 // lock is held for the rewrite's life: slot 0 works in "xtemp.jpg", slot 1 in "xtemp2.jpg", and
 // so on. The metadata dump of the photo in work takes the slot's number too.
@@ -29,7 +32,9 @@ inline constexpr int rewriteslots = 64;
 class PhotoRewrite {
   public:
     // Prepares the rewrite of `photo` (of the file it names, through any symbolic links); fails
-    // when the photo or its folder can't be written. A photo with several names (hard links)
+    // when the photo or its folder can't be written, when the photo is read-only (its owner may
+    // not write it), and when the new file would not keep the photo's owner (another user's photo,
+    // and a process that can't give files away). A photo with several names (hard links)
     // has its own content rewritten, so that every name shows the turned photo.
     // A free slot is taken, `preferredslot` first; when all are busy, it waits for that one.
     // `roundabout` (the sandboxed flavour, in a folder it wasn't granted): the working file is
@@ -49,7 +54,8 @@ class PhotoRewrite {
     const QString& datafolder() const { return datafolder_; }
 
     // Flushes the working file, gives it the photo's owner, exact permission bits, extended
-    // attributes and ACLs, and renames it over the photo.
+    // attributes and ACLs, and renames it over the photo. A photo that is no longer as begin()
+    // found it (another program saved it meanwhile) is left as it is, and the new file goes.
     Status commit();
 
   private:
@@ -60,6 +66,7 @@ class PhotoRewrite {
     mode_t mode_ = 0644;
     uid_t uid_ = 0;
     gid_t gid_ = 0;
+    FileStamp stamp_; // the photo when its rewrite began
     QString datafolder_;
     bool beside_ = false;
     bool inplace_ = false;
@@ -68,8 +75,15 @@ class PhotoRewrite {
     bool committed_ = false;
 };
 
-// Removes the working files a killed run left, unless a rewrite is under way in another process.
-// The window's start-up and pivotel-cli call it before their first run.
-void cleanleftovers(const QString& datafolder);
+// The failure of a rewrite whose photo another program saved during the turn.
+inline constexpr const char* changedduringturn = "changed by another program during the turn; left as it is";
+
+// At every start of the window and of pivotel-cli, before anything else: finishes or undoes each
+// rewrite a killed run left in its own file (a hard-linked photo's), and removes the working files
+// and metadata dumps such a run left, in every slot not in use by a run in another process. Only
+// the slots' own files are looked at. With `finish` false (a dry run, which changes no photo),
+// such a rewrite is left pending with the files it needs. Answers the photos whose rewrite is
+// still pending.
+QStringList cleanleftovers(const QString& datafolder, bool finish = true);
 
 } // namespace pivotel

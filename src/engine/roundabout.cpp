@@ -64,9 +64,9 @@ Status updateexif(ExifTool& tool, const PhotoRewrite& rewrite, QSize size) {
     return Status::success();
 }
 
-void cleanroundabout(const QString& datafolder, int slot) {
-    recoverinplace(datafolder, slot);
+std::optional<QString> cleanroundabout(const QString& datafolder, int slot) {
     ::unlink(nativepath(outputfile(datafolder, slot)).constData());
+    return recoverinplace(datafolder, slot);
 }
 
 } // namespace pivotel

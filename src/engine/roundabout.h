@@ -5,6 +5,7 @@
 #include <QSize>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 namespace pivotel {
 
@@ -29,7 +30,7 @@ class PhotoRewrite;
 [[nodiscard]] Status updateexif(ExifTool& tool, const PhotoRewrite& rewrite, QSize size);
 
 // At start, under the slot's lock: an interrupted in-place rewrite is finished or undone, and
-// the tool's output that a killed run left goes.
-void cleanroundabout(const QString& datafolder, int slot);
+// the tool's output that a killed run left goes. Answers the photo whose rewrite stays pending.
+std::optional<QString> cleanroundabout(const QString& datafolder, int slot);
 
 } // namespace pivotel

@@ -286,6 +286,8 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
         !finished)
         return finished;
     step("putting it in place");
+    if (beforereplace_)
+        beforereplace_(index);
     if (Status committed = rewrite.value()->commit(); !committed)
         return committed;
 

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -50,6 +51,9 @@ class RunSession : public QObject {
     ~RunSession() override;
 
     void start();
+    // Called on the photo's worker thread when its new file is ready to take its place, before
+    // the last look at the photo: where a test plays another program saving the photo meanwhile.
+    void setbeforereplace(std::function<void(qint64 index)> hook) { beforereplace_ = std::move(hook); }
     // Ends the run after the photos in work: they are finished or left whole, and no other is
     // begun.
     void requeststop();
@@ -116,6 +120,7 @@ class RunSession : public QObject {
     qint64 next_ = 0;     // the next photo of the list to begin
     qint64 inuse_ = 0;    // what the photos in work need together
     bool taking_ = false; // a worker is admitting the next photo
+    std::function<void(qint64)> beforereplace_;
     std::unique_ptr<Worker> thread_;
 };
 

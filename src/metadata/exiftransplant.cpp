@@ -16,8 +16,8 @@ ExifTransplant::~ExifTransplant() {
     QFile::remove(dumpfile());
 }
 
-QString ExifTransplant::dumpfile() const {
-    return pexiffolder_ + QStringLiteral("/%1.xml").arg(slot_ + 1);
+QString ExifTransplant::dumpfileof(const QString& pexiffolder, int slot) {
+    return pexiffolder + QStringLiteral("/%1.xml").arg(slot + 1);
 }
 
 Status ExifTransplant::judge(const QString& step, const ToolResult& result) {

@@ -36,7 +36,8 @@ class ExifTransplant {
     Status savedump();
 
     // "1.xml" in the dump folder for slot 0, "2.xml" for slot 1, ...
-    QString dumpfile() const;
+    QString dumpfile() const { return dumpfileof(pexiffolder_, slot_); }
+    static QString dumpfileof(const QString& pexiffolder, int slot);
 
   private:
     static Status judge(const QString& step, const ToolResult& result);

@@ -1,4 +1,5 @@
 #include "services/versionfetch.h"
+
 #include "support/nativepath.h"
 
 #include <QFile>
@@ -28,6 +29,14 @@ std::size_t collect(char* data, std::size_t size, std::size_t count, void* userd
         return 0; // anything but `bytes` ends the transfer
     transfer->body.append(data, static_cast<qsizetype>(bytes));
     return bytes;
+}
+
+// Each answer of the way (a redirect's, then the final one's) begins with its status line: only
+// the last answer's body is kept.
+std::size_t header(char* data, std::size_t size, std::size_t count, void* userdata) {
+    if (QByteArrayView(data, qsizetype(size * count)).startsWith("HTTP/"))
+        static_cast<Transfer*>(userdata)->body.clear();
+    return size * count;
 }
 
 int progress(void* userdata, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
@@ -68,6 +77,12 @@ Result<QByteArray> fetchversionfile(const FetchRequest& request, const std::atom
     curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
+    // A moved file is followed, but never off HTTPS.
+    curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, 5L);
+    curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, header);
+    curl_easy_setopt(curl, CURLOPT_HEADERDATA, &transfer);
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L); // a worker thread: no SIGALRM for time-outs
     curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(request.limits.connect.count()));
     curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, static_cast<long>(request.limits.total.count()));
@@ -86,6 +101,12 @@ Result<QByteArray> fetchversionfile(const FetchRequest& request, const std::atom
     const CURLcode code = curl_easy_perform(curl);
     if (code != CURLE_OK)
         return Status::failure(QString::fromUtf8(*error ? error : curl_easy_strerror(code)));
+    // Only a 200 carries the answer: any other (a redirect left unfollowed, "204 No Content")
+    // is none.
+    long status = 0;
+    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
+    if (status != 200)
+        return Status::failure(QStringLiteral("the server answered %1, not with the version").arg(status));
     return std::move(transfer.body);
 }
 

@@ -25,9 +25,10 @@ struct FetchRequest {
     FetchLimits limits;
 };
 
-// One HTTPS GET with the server's certificate and name verified. The body of a successful
-// answer, or why there is none (no connection, a refused certificate, an HTTP error, a time-out,
-// a body over the limit, or `cancelled` set meanwhile). Blocks: run it off the main thread.
+// One HTTPS GET with the server's certificate and name verified, following redirects only to
+// HTTPS. The body of a "200 OK" answer, or why there is none (no connection, a refused
+// certificate, any other status, a redirect to plain HTTP, a time-out, a body over the limit, or
+// `cancelled` set meanwhile). Blocks: run it off the main thread.
 [[nodiscard]] Result<QByteArray> fetchversionfile(const FetchRequest& request,
                                                   const std::atomic<bool>& cancelled);
 

@@ -1,4 +1,5 @@
 #include "support/filestamp.h"
+
 #include "support/nativepath.h"
 
 #include <QFile>
@@ -18,6 +19,10 @@ std::optional<FileStamp> filestamp(const QString& path) {
     struct stat st {};
     if (::stat(nativepath(path).constData(), &st) != 0)
         return std::nullopt;
+    return filestamp(st);
+}
+
+FileStamp filestamp(const struct stat& st) {
 #ifdef Q_OS_MACOS
     const timespec &modified = st.st_mtimespec, &changed = st.st_ctimespec;
 #else

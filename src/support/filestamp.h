@@ -4,6 +4,8 @@
 #include <QtGlobal>
 #include <optional>
 
+struct stat;
+
 namespace pivotel {
 
 // What tells one state of a file from another without reading it: which file lies at the path,
@@ -21,5 +23,7 @@ struct FileStamp {
 
 // The stamp of the file at `path`; nothing when there is no file.
 std::optional<FileStamp> filestamp(const QString& path);
+// The stamp of a file already looked at.
+FileStamp filestamp(const struct stat& st);
 
 } // namespace pivotel

@@ -3,7 +3,9 @@
 
 #include "cli/cliargs.h"
 #include "cli/progress.h"
+#include "support/killedrewrite.h"
 #include "support/taggedphotos.h"
+#include "support/uniquefd.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -12,6 +14,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QThread>
+#include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -141,6 +144,8 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         {"--odd-sizes=crop six", 2, "--odd-sizes needs one of trim, reencode, keep", {}, ""},
         {"--reencode --odd-sizes=trim six", 2, "--odd-sizes is for lossless turns", {}, ""},
         {"nowhere", 2, "no such file or folder", {}, ""},
+        {"--json nowhere", 2, "no such file or folder", u"\"message\": \"no JPEG photo to work on\""_s, ""},
+        {"--json --frobnicate six", 2, "unknown option --frobnicate", u"\"exitcode\": 2"_s, ""},
         {"notes", 2, "not a readable JPEG", {}, ""}};
     // The window corrects a quality out of range; a command line is refused.
     for (const char* quality : {"9", "101", "0", "-50", "abc", "55.9", "", "1e2"})
@@ -168,8 +173,8 @@ TEST(Cli, AnswersEveryCommandLineAndChangesOnlyThePhotosItShould) {
         EXPECT_TRUE(*c.says ? result.err.contains(QLatin1String(c.says)) : result.err.isEmpty())
             << qPrintable(result.err);
         EXPECT_TRUE(result.out.contains(c.out)) << qPrintable(result.out);
-        // Standard output holds the JSON and nothing else.
-        EXPECT_TRUE(!arguments.contains(u"--json"_s) || c.exitcode == 2 ||
+        // Standard output holds the JSON and nothing else, whatever the exit.
+        EXPECT_TRUE(!arguments.contains(u"--json"_s) ||
                     QJsonDocument::fromJson(result.out.toUtf8()).isObject());
         const QStringList changed = QString::fromLatin1(c.changed).split(u' ', Qt::SkipEmptyParts);
         int changedcount = 0;
@@ -206,18 +211,107 @@ TEST(Cli, AStopSignalEndsALongScanAtOnce) {
     for (int i = 1; i < 50000; ++i) // seconds of admission, far longer than the wait below
         ASSERT_EQ(::link(model.constData(), QFile::encodeName(dir.filePath(u"p%1.jpg"_s.arg(i))).constData()),
                   0);
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_DATA_HOME"_s, data.path());
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(PIVOTEL_CLI), {u"--dry-run"_s, u"--action=cw"_s, dir.path()});
-    ASSERT_TRUE(process.waitForStarted());
-    QThread::msleep(200);
-    ::kill(pid_t(process.processId()), SIGINT);
-    ASSERT_TRUE(process.waitForFinished(60000));
-    EXPECT_EQ(process.exitCode(), 130);
-    // Only the photos taken in before the signal are listed.
-    EXPECT_LT(process.readAllStandardOutput().count('\n'), 50000);
+    // A second signal ends it at once, still with a report for a script that asked for one.
+    for (const bool second : {false, true}) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_DATA_HOME"_s, data.path());
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(PIVOTEL_CLI),
+                      {second ? u"--json"_s : u"-q"_s, u"--dry-run"_s, u"--action=cw"_s, dir.path()});
+        ASSERT_TRUE(process.waitForStarted());
+        QThread::msleep(200);
+        ::kill(pid_t(process.processId()), SIGINT);
+        if (second)
+            ::kill(pid_t(process.processId()), SIGTERM);
+        ASSERT_TRUE(process.waitForFinished(60000));
+        const QByteArray out = process.readAllStandardOutput();
+        if (second) {
+            EXPECT_EQ(process.exitStatus(), QProcess::CrashExit);
+            EXPECT_TRUE(QJsonDocument::fromJson(out)[u"message"_s].toString().contains(u"second signal"_s))
+                << out.constData();
+            continue;
+        }
+        EXPECT_EQ(process.exitCode(), 130);
+        // Only the photos taken in before the signal are listed.
+        EXPECT_LT(out.count('\n'), 50000);
+    }
+}
+
+// Whatever a start has to do, it first finishes the rewrite a killed run left (in any slot) and
+// removes the metadata dump; a dry run, which changes no photo, says how to finish it instead.
+TEST(Cli, EveryStartFinishesARewriteAKilledRunLeftAndADryRunSaysHow) {
+    QTemporaryDir dir, data;
+    const QString datafolder = data.filePath(u"com.zenthori.pivotel"_s),
+                  photo = dir.filePath(u"linked.jpg"_s), upright = dir.filePath(u"upright.jpg"_s),
+                  dump = datafolder + u"/pexif/3.xml"_s;
+    QDir().mkpath(datafolder + u"/pexif"_s);
+    writepattern(upright, 16, 16); // needs no turn
+    const struct {
+        const char* arguments;
+        int exitcode;
+        const char* says;
+        bool finished;
+    } cases[] = {
+        {"--action=asis", 0, "Turned 0 photos, skipped 1", true},
+        {"", 0, "Turned 0 photos, skipped 1", true},
+        {"--dry-run --json", 3, "is pending; run pivotel-cli without --dry-run, or start Pivotel", false}};
+    QByteArray fresh;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        writepattern(photo, 48, 32);
+        QFile::remove(photo + u"2"_s);
+        QFile::link(photo, photo + u"2"_s);
+        fresh = killedinplacerewrite(photo, datafolder, 2).second;
+        writebytes(dump, "<GPSLatitude>43.2965</GPSLatitude>");
+        const QByteArray half = readbytes(photo);
+        const CliResult result =
+            runcli(QString::fromLatin1(c.arguments).split(u' ', Qt::SkipEmptyParts) << upright, data.path());
+        EXPECT_EQ(result.exitcode, c.exitcode);
+        EXPECT_TRUE(result.err.contains(QLatin1String(c.says))) << qPrintable(result.err);
+        EXPECT_EQ(readbytes(photo), c.finished ? fresh : half);
+        EXPECT_FALSE(QFile::exists(dump));
+        if (!c.finished) {
+            const QJsonDocument report = QJsonDocument::fromJson(result.out.toUtf8());
+            EXPECT_EQ(report[u"failed"_s][0][u"path"_s].toString(), photo);
+            EXPECT_EQ(report[u"failed"_s][0][u"code"_s].toString(), u"pending"_s);
+        }
+    }
+    // The next start that may change photos finishes what the dry run left.
+    EXPECT_EQ(runcli({upright}, data.path()).exitcode, 0);
+    EXPECT_EQ(readbytes(photo), fresh);
+    EXPECT_EQ(QDir(datafolder).entryList(QDir::Files), QStringList{u"xtemp3.lock"_s});
+}
+
+// A folder scan names what it meets that is not a photo to read by what it is, as given on the
+// command line.
+TEST(Cli, AFolderScanSaysWhatABrokenLinkOrAPathTooLongIs) {
+    QTemporaryDir dir, data;
+    QFile::link(dir.filePath(u"nowhere.jpg"_s), dir.filePath(u"dangling.jpg"_s));
+    QFile::link(dir.filePath(u"loop.jpg"_s), dir.filePath(u"loop.jpg"_s));
+    // Folders down to near the longest path, and a photo whose path is longer.
+    QString deep = dir.path();
+    while (deep.size() + 201 < PATH_MAX - 1) {
+        deep += u'/' + QString(200, u'd');
+        const QByteArray folder = QFile::encodeName(deep);
+        ASSERT_EQ(::mkdir(folder.constData(), 0755), 0);
+    }
+    const QString toolong = deep + u'/' + QString(250, u'p') + u".jpg"_s;
+    const QByteArray name = QByteArray(250, 'p') + ".jpg";
+    const UniqueFd at(::open(QFile::encodeName(deep).constData(), O_RDONLY | O_DIRECTORY));
+    ASSERT_TRUE(UniqueFd(::openat(at.get(), name.constData(), O_CREAT | O_WRONLY, 0644)).valid());
+    const CliResult result = runcli({u"--json"_s, u"--dry-run"_s, dir.path()}, data.path());
+    EXPECT_EQ(result.exitcode, 2);
+    QMap<QString, QString> failed;
+    for (const QJsonValue entry : QJsonDocument::fromJson(result.out.toUtf8())[u"failed"_s].toArray())
+        failed[entry[u"path"_s].toString()] =
+            entry[u"code"_s].toString() + u": "_s + entry[u"reason"_s].toString();
+    EXPECT_EQ(failed, (QMap<QString, QString>{
+                          {dir.filePath(u"dangling.jpg"_s), u"missing: a symbolic link to nothing"_s},
+                          {dir.filePath(u"loop.jpg"_s),
+                           u"unreadable: it can't be read (Too many levels of symbolic links)"_s},
+                          {toolong, u"unreadable: it can't be read (File name too long)"_s}}));
+    ::unlinkat(at.get(), name.constData(), 0); // which the temporary folder's removal can't reach
 }
 
 TEST(Cli, ProgressSaysRateAndTimeLeftAndCompletionKnowsEveryOption) {
@@ -318,8 +412,9 @@ INSTANTIATE_TEST_SUITE_P(DataFolder, Killed, ::testing::Values(false, true), [](
     return info.param ? "OnAnotherFileSystem" : "BesideThePhotos";
 });
 
-// Two photos in a folder pivotel-cli may not write, or on a full disk (in a mount namespace of
-// this test process alone): both fail, are named with the reason, and stay as they were.
+// Two photos in a folder pivotel-cli may not write, on a full disk (in a mount namespace of this
+// test process alone), or protected by their owner: both fail, are named with the reason, and stay
+// as they were, dates included. Root turns another user's photos, whose owner and mode stay.
 TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "runs pivotel-cli as another user and mounts file systems, which needs root";
@@ -332,48 +427,77 @@ TEST(DiskFailures, LeaveEveryPhotoAndSaySo) {
     const QStringList names{u"photo 0.jpg"_s, u"photo 1.jpg"_s};
     const QStringList nobody{u"setpriv"_s, u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s,
                              u"--"_s};
-    const std::tuple<bool, bool, qint64, const char*> cases[] = {
-        // on a disk, the data folder on it (else beside the photo), copies of a photo there is room for
-        {false, false, 0, "its folder can't be written (Permission denied)"},
-        {true, true, 0, "No space left on device"},
-        {true, false, 0, "No space left on device"},
-        {true, true, 1, "can't be set upright"}}; // room for the working file, not for the tool's copy
+    const timespec old[2] = {{981173106, 0}, {981173106, 0}};
+    const struct {
+        bool ondisk, dataondisk; // on a disk, the data folder on it (else beside the photo)
+        qint64 copies;           // copies of a photo there is room for
+        mode_t folder, photos;
+        uid_t owner;     // the photos'
+        bool asnobody;   // pivotel-cli runs as nobody, who can't give a file away
+        const char* why; // "": turned
+    } cases[] = {
+        {false, false, 0, 0555, 0644, 0, true, "its folder can't be written (Permission denied)"},
+        {true, true, 0, 0777, 0644, 0, false, "No space left on device"},
+        {true, false, 0, 0777, 0644, 0, false, "No space left on device"},
+        {true, true, 1, 0777, 0644, 0, false, "can't be set upright"}, // room for the working file only
+        {false, false, 0, 0777, 0444, 0, false, "the photo is read-only"},
+        {false, false, 0, 0777, 0644, 0, true, "belongs to another user"},
+        {false, false, 0, 0777, 0640, 65534, false, ""}};
     int n = 0;
-    for (const auto& [ondisk, dataondisk, copies, why] : cases) {
-        SCOPED_TRACE(why);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
         const QString disk = top.filePath(u"disk%1"_s.arg(n++)), folder = disk + u"/photos"_s;
-        const QString datahome = dataondisk ? disk + u"/data"_s : elsewhere.path();
+        // Each case's own, made by the user that runs it.
+        const QString datahome = c.dataondisk ? disk + u"/data"_s : elsewhere.filePath(u"home%1"_s.arg(n));
         QDir().mkpath(disk);
-        ASSERT_TRUE(!ondisk ||
+        ASSERT_TRUE(!c.ondisk ||
                     ::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=4m") == 0);
         QDir().mkpath(folder);
-        for (const QString& name : names)
+        for (const QString& name : names) {
+            const QByteArray path = QFile::encodeName(folder + '/'_L1 + name);
             writebytes(folder + '/'_L1 + name, bytes);
+            ASSERT_EQ(::chown(path.constData(), c.owner, c.owner) | ::chmod(path.constData(), c.photos) |
+                          ::utimensat(AT_FDCWD, path.constData(), old, 0),
+                      0);
+        }
         struct statvfs fs {};
         ::statvfs(QFile::encodeName(disk).constData(), &fs);
-        if (ondisk)
+        if (c.ondisk)
             writebytes(disk + u"/filler"_s, QByteArray(qint64(fs.f_bavail * fs.f_frsize) - 16 * 1024 -
-                                                           copies * (bytes.size() + 8 * 1024),
+                                                           c.copies * (bytes.size() + 8 * 1024),
                                                        'f'));
-        for (const QString& place : {top.path(), disk, elsewhere.path()})
+        QDir().mkpath(datahome);
+        for (const QString& place : {top.path(), disk, elsewhere.path(), datahome})
             ::chmod(QFile::encodeName(place).constData(), 0777);
-        ::chmod(QFile::encodeName(folder).constData(), ondisk ? 0777 : 0555);
+        ::chmod(QFile::encodeName(folder).constData(), c.folder);
         // One photo at a time: the room left is for one photo's files.
         const CliResult run =
-            runcli({u"--json"_s, u"-j1"_s, folder}, datahome, ondisk ? QStringList() : nobody);
-        EXPECT_EQ(run.exitcode, 1) << qPrintable(run.err);
+            runcli({u"--json"_s, u"-j1"_s, folder}, datahome, c.asnobody ? nobody : QStringList());
+        const bool turned = !*c.why;
+        EXPECT_EQ(run.exitcode, turned ? 0 : 1) << qPrintable(run.err);
         const QJsonArray failed = QJsonDocument::fromJson(run.out.toUtf8())[u"failed"_s].toArray();
-        EXPECT_EQ(failed.size(), 2) << qPrintable(run.err);
+        EXPECT_EQ(failed.size(), turned ? 0 : 2) << qPrintable(run.err);
         for (const QJsonValue& entry : failed)
-            EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(why)))
+            EXPECT_TRUE(entry[u"reason"_s].toString().contains(QLatin1String(c.why)))
                 << qPrintable(entry[u"reason"_s].toString());
         EXPECT_EQ(QDir(folder).entryList(QDir::Files | QDir::Hidden), names);
-        for (const QString& name : names)
-            EXPECT_EQ(readbytes(folder + '/'_L1 + name), bytes);
+        for (const QString& name : names) {
+            struct stat st {};
+            ::stat(QFile::encodeName(folder + '/'_L1 + name).constData(), &st);
+            EXPECT_EQ(readbytes(folder + '/'_L1 + name) == bytes, !turned);
+            EXPECT_EQ(st.st_mtim.tv_sec == old[1].tv_sec, !turned);
+            // Refused before its turn reads it; root looks at it without touching its access time.
+            if (c.photos == 0444) {
+                EXPECT_EQ(st.st_atim.tv_sec, old[0].tv_sec);
+            }
+            EXPECT_EQ(st.st_uid, c.owner);
+            EXPECT_EQ(st.st_gid, c.owner);
+            EXPECT_EQ(st.st_mode & 07777, c.photos);
+        }
         const QDir own(datahome + u"/com.zenthori.pivotel"_s);
         EXPECT_TRUE(own.entryList({u"xtemp.jpg"_s, u"xtemp.beside"_s}).isEmpty());
         ::chmod(QFile::encodeName(folder).constData(), 0755);
-        if (ondisk)
+        if (c.ondisk)
             ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH);
     }
 }

@@ -605,6 +605,44 @@ TEST_F(Runs, ALinkedPhotoTurnsThroughItsLinkOrUnderEveryNameAndAttributesComeOve
     EXPECT_EQ(had.size(), 2);
 }
 
+TEST_F(Runs, AnotherProgramsSaveDuringATurnIsKeptAndTheTurnThrownAway) {
+    // Saved while the turn waits to take the photo's place: over the photo's content or as a new
+    // file renamed into its place; a photo alone, or hard-linked and so rewritten in its own file.
+    const QString photo = dir.filePath(u"p.jpg"_s), link = dir.filePath(u"link.jpg"_s),
+                  other = dir.filePath(u"other.jpg"_s);
+    for (const bool renamed : {false, true}) {
+        for (const bool linked : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "renamed " << renamed << ", linked " << linked);
+            writetaggedphoto(photo, 48, 32, 6, 300);
+            QFile::remove(link);
+            if (linked) {
+                ASSERT_EQ(::link(QFile::encodeName(photo).constData(), QFile::encodeName(link).constData()),
+                          0);
+            }
+            writetaggedphoto(other, 64, 48, 8, 72);
+            const QByteArray saved = readbytes(other);
+            RunSession session({row(u"p.jpg"_s)}, {}, {data.path(), exiftoolpath()});
+            session.setbeforereplace([&](qint64) {
+                if (renamed)
+                    ::rename(QFile::encodeName(other).constData(), QFile::encodeName(photo).constData());
+                else
+                    writebytes(photo, saved);
+            });
+            session.start();
+            ASSERT_TRUE(session.wait(QDeadlineTimer(60000)));
+            const PhotoReport report = session.reports().at(0);
+            EXPECT_EQ(report.outcome, PhotoOutcome::Failed);
+            EXPECT_EQ(report.reason, QLatin1String(changedduringturn));
+            EXPECT_EQ(readbytes(photo), saved);
+            if (linked) {
+                EXPECT_EQ(readbytes(link) == saved, !renamed);
+            }
+            EXPECT_EQ(files(data.path()).filter(u".jpg"_s) + files(data.path()).filter(u".journal"_s),
+                      QStringList());
+        }
+    }
+}
+
 TEST_F(Runs, APhotoIsTurnedOnceWhenListedTwiceOrByTwoRunsAtOnce) {
     writetaggedphoto(dir.filePath(u"p.jpg"_s), 48, 32, 6, 300);
     const Pixels before = decodejpeg(dir.filePath(u"p.jpg"_s));
@@ -810,6 +848,17 @@ TEST_F(Runs, ARewriteTouchesThePhotoOnlyByACompleteCommitKeepsItsModeAndOutlives
         EXPECT_EQ(::stat(QFile::encodeName(photo).constData(), &st) == 0 ? st.st_mode & 07777 : 0, 0640u);
         EXPECT_EQ(files(dir.path()), QStringList{u"p.jpg"_s});
     }
+    // Any name the file system allows, the working file beside it being named otherwise.
+    const QString longname = QString(246, u'n') + u".jpg"_s;
+    writetaggedphoto(dir.filePath(u"t.jpg"_s), 48, 32, 6, 300); // the tool needs room for its own name
+    ASSERT_TRUE(QFile::rename(dir.filePath(u"t.jpg"_s), dir.filePath(longname)));
+    RunSession session({row(longname)}, {}, {otherfs.path(), exiftoolpath()});
+    session.start();
+    ASSERT_TRUE(session.wait(QDeadlineTimer(60000)));
+    EXPECT_EQ(session.reports().at(0).outcome, PhotoOutcome::Turned)
+        << qPrintable(session.reports()[0].reason);
+    EXPECT_EQ(files(dir.path()), (QStringList{longname, u"p.jpg"_s}));
+    QFile::remove(dir.filePath(longname));
     // Cleaning leftovers leaves the working file of a run still going (another process's).
     writebytes(photo, "old content");
     int ready[2], done[2];

@@ -69,6 +69,7 @@ TEST(Roundabout, APhotoOutsideTheGrantedFoldersEndsTurnedUprightInItsPlaceOrIsRe
         chmod(folder, 0777);
         writetaggedphoto(photo, 48, 32, 6, 300);
         chmod(photo, 0666);
+        [[maybe_unused]] const int own = ::chown(QFile::encodeName(photo).constData(), 65534, 65534);
         chmod(folder, denied ? 0555 : 0777);
         const QByteArray bytes = readbytes(photo);
         const Pixels before = decodejpeg(photo);
@@ -129,7 +130,7 @@ TEST(Roundabout, AnInPlaceRewriteKilledHalfwayIsFinishedOrUndoneAtTheNextStart) 
             const rlimit size{rlim_t(limit), rlim_t(limit)};
             if (limit > 0)
                 ::setrlimit(RLIMIT_FSIZE, &size);
-            ::_exit(rewriteinplace(photo, content, data.path(), 0) ? 0 : 1);
+            ::_exit(rewriteinplace(photo, content, data.path(), 0, *filestamp(photo)) ? 0 : 1);
         }
         int status = -1;
         ::waitpid(child, &status, 0);

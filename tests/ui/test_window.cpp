@@ -1,6 +1,7 @@
 #include "app/app.h"
 #include "services/updatecheck.h"
 #include "support/appidentity.h"
+#include "support/killedrewrite.h"
 #include "support/places.h"
 #include "ui/aboutwindow.h"
 #include "ui/maintoolbar.h"
@@ -155,16 +156,24 @@ TEST_F(Window, LosslessGreysTheQualityControlsWhichKeepTheirValuesAndFollowEachO
 }
 
 TEST(App, StartsWithItsDataFolderCleanAndItsWindowShown) {
-    // A killed run leaves its lock file and its working file, which goes.
+    // A killed run leaves its lock file and its working file, which goes, a metadata dump, and in
+    // another slot a hard-linked photo half rewritten, which is finished.
     ensurefolder(datafolder());
-    for (const char* name : {"/xtemp.lock", "/xtemp.jpg"})
+    QDir().mkpath(pexiffolder());
+    for (const char* name : {"/xtemp.lock", "/xtemp.jpg", "/pexif/1.xml"})
         writebytes(datafolder() + name, "x");
+    QTemporaryDir linked;
+    writepattern(linked.filePath("p.jpg"), 48, 32);
+    const QByteArray fresh = killedinplacerewrite(linked.filePath("p.jpg"), datafolder(), 3).second;
     ScriptedDialogs dialogs;
     NotedDesktop desktop;
     // Paths given to the program go onto the list as a drop of them would.
     QTemporaryDir folder;
     writepattern(folder.filePath("a.jpg"), 8, 8);
     App app(dialogs, desktop, {folder.path(), "no-such.jpg"}, true);
+    EXPECT_EQ(readbytes(linked.filePath("p.jpg")), fresh);
+    EXPECT_EQ(QDir(datafolder()).entryList(QDir::Files), QStringList({"xtemp.lock", "xtemp4.lock"}));
+    EXPECT_EQ(QDir(pexiffolder()).entryList(QDir::Files), QStringList());
     EXPECT_TRUE(app.mainmodule().forappstore()); // the flavour the program was built as
     EXPECT_TRUE(QTest::qWaitFor([&] { return app.mainmodule().photolist().count() == 1; }));
     EXPECT_FALSE(QFileInfo::exists(datafolder() + "/xtemp.jpg"));
@@ -257,7 +266,7 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
     while (!server.canReadLine() && server.waitForReadyRead(30000)) {
     }
     const QStringList ports = QString(server.readLine()).trimmed().split(' ');
-    ASSERT_EQ(ports.size(), 2);
+    ASSERT_EQ(ports.size(), 3);
     const auto url = [&](const QString& name, int port) {
         return QStringLiteral("https://127.0.0.1:%1/%2").arg(ports[port], name);
     };
@@ -277,6 +286,7 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
         QString said;                 // the version offered when there is an answer, else the message told
         std::optional<bool> yes = {}; // the answer to the offer
         int server = 0;               // 1: one that never answers, 2: a certificate nobody vouches for
+        const char* answer = "";      // another status than 200 (see versionserver.py)
     } cases[] = {
         {"99.0", true, "99.0", true},
         {newer, true, newer, false},
@@ -293,13 +303,19 @@ TEST_F(Menu, UpdateCheckAnswersFromTheServerWithoutHoldingTheWindow) {
         {"99." + QByteArray(5000, '1'), true, unreachable},
         {"99.0", true, unreachable, {}, 2},
         {"99.0", true, unreachable, {}, 1},
+        // Only a 200 is an answer: not a redirect's body, nor a redirect off HTTPS, nor no content.
+        {"99.0.0", true, unreachable, {}, 0, "?status=302"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=302&to=http"},
+        {"99.0.0", true, "99.0.0", true, 0, "?status=301&to=https"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=204"},
+        {"99.0.0", true, unreachable, {}, 0, "?status=203"},
     };
     int n = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "case " << n);
         const QString name = QStringLiteral("v%1.txt").arg(n++);
         writebytes(folder.filePath(name), c.body);
-        qputenv("PIVOTEL_UPDATE_URL", url(name, c.server == 1).toUtf8());
+        qputenv("PIVOTEL_UPDATE_URL", (url(name, c.server == 1) + c.answer).toUtf8());
         qputenv("PIVOTEL_UPDATE_CA", c.server == 2 ? "" : folder.filePath("cert.pem").toUtf8());
         dialogs = ScriptedDialogs();
         desktop.opened.clear();
