@@ -5,6 +5,7 @@
 #include "jpeg/probe.h"
 #include "jpeg/trailer.h"
 #include "jpeg/verify.h"
+#include "jpeg/xmptoolkit.h"
 #include "metadata/resolutionrewrite.h"
 #include "support/fileio.h"
 
@@ -42,6 +43,7 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
         return patch.status();
     // Most photos need no other writer, and their new content is written once, below.
     const bool others = patch->needswriters();
+    bool retouched = false; // by us, after the writers
     if (others) {
         if (Status written = writeworking(working, turned); !written)
             return written;
@@ -52,6 +54,8 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
             return Status::failure(
                 QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
         turned = std::move(tagged.value());
+        // The writers sign the XMP packet with their own toolkit's name.
+        retouched = keepxmptoolkit(*original, turned);
     }
     // The trailer comes last: the tool, rewriting the file, would leave an MPF index pointing
     // where the pictures stood before it.
@@ -59,7 +63,7 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
         if (Status carried = carrytrailer(*original, trailer, turned); !carried)
             return carried;
     }
-    if (!others || !trailer.isEmpty()) {
+    if (!others || retouched || !trailer.isEmpty()) {
         if (Status written = writeworking(working, turned); !written)
             return written;
     }
