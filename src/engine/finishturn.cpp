@@ -41,6 +41,8 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     const auto patch = setupright(turned, transformfor(action));
     if (!patch)
         return patch.status();
+    if (!patch->thumbnailnote.isEmpty())
+        notes << patch->thumbnailnote;
     // Most photos need no other writer, and their new content is written once, below.
     const bool others = patch->needswriters();
     bool retouched = false; // by us, after the writers

@@ -31,6 +31,19 @@ int transformop(JpegTransform op) {
     return TJXOP_NONE;
 }
 
+bool swapsaxes(JpegTransform op) {
+    switch (op) {
+    case JpegTransform::Rotate90:
+    case JpegTransform::Rotate270:
+        return true;
+    case JpegTransform::Rotate180:
+    case JpegTransform::FlipHorizontal:
+    case JpegTransform::None:
+        break;
+    }
+    return false;
+}
+
 namespace {
 
 int edgeoptions(EdgePolicy edges) {

@@ -10,6 +10,9 @@ namespace pivotel {
 // The lossless operations on coded JPEG data.
 enum class JpegTransform { None, Rotate90, Rotate180, Rotate270, FlipHorizontal };
 
+// Whether `op` makes the picture's rows its columns, so that its width and height swap.
+[[nodiscard]] bool swapsaxes(JpegTransform op);
+
 // What to do with the partial blocks at the right and bottom edges, which a lossless turn can't
 // move to the top or left edge: none may be there (the transform is refused otherwise), keep
 // them where they stand (the picture keeps its size, the edge strip stays unturned), or drop
