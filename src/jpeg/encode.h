@@ -3,9 +3,8 @@
 #include "jpeg/decode.h"
 #include "support/status.h"
 
-#include <QImage>
-
 #include <QByteArray>
+#include <QImage>
 #include <QString>
 #include <optional>
 #include <vector>
@@ -48,6 +47,7 @@ class RowSource {
 // Encodes the picture as a JPEG with optimised Huffman tables and writes it to `target`. Grey
 // pictures stay grey. At a quality, chroma is halved both ways below 90 and kept whole from 90
 // up, where a user asks for the most the format can keep.
-[[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target);
+[[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings,
+                                const QString& target);
 
 } // namespace pivotel

@@ -127,7 +127,7 @@ Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
             patch.size = QSize(p[3] << 8 | p[4], p[1] << 8 | p[2]);
         } else if (segment.marker == 0xE0 && jfif.start < 0 && body.startsWith(jfifsignature)) {
             jfif = placeof(jpeg, segment);
-        } else if (segment.marker == 0xE1 && exif.start < 0 && body.startsWith(exifsignature)) {
+        } else if (segment.marker == 0xE1 && exif.start < 0 && iswholeexif(body)) {
             exif = placeof(jpeg, segment);
         } else if (segment.marker == 0xE1 && body.startsWith(xmpsignature)) {
             patch.hasxmp = true;
