@@ -128,8 +128,7 @@ class Compression {
         if (settings.progressive)
             jpeg_simple_progression(&info_);
         // JFIF holds only YCbCr and grey; inks carry their own Adobe marker, as the photo had it.
-        info_.write_JFIF_header =
-            info_.jpeg_color_space == JCS_YCbCr || info_.jpeg_color_space == JCS_GRAYSCALE;
+        info_.write_JFIF_header = info_.jpeg_color_space == JCS_YCbCr || info_.jpeg_color_space == JCS_GRAYSCALE;
         if (isinks(settings.colorspace))
             info_.write_Adobe_marker =
                 std::none_of(settings.segments.begin(), settings.segments.end(), isadobe);

@@ -3,8 +3,9 @@
 #include "jpeg/decode.h"
 #include "support/status.h"
 
-#include <QByteArray>
 #include <QImage>
+
+#include <QByteArray>
 #include <QString>
 #include <optional>
 #include <vector>
@@ -47,7 +48,6 @@ class RowSource {
 // Encodes the picture as a JPEG with optimised Huffman tables and writes it to `target`. Grey
 // pictures stay grey. At a quality, chroma is halved both ways below 90 and kept whole from 90
 // up, where a user asks for the most the format can keep.
-[[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings,
-                                const QString& target);
+[[nodiscard]] Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, const QString& target);
 
 } // namespace pivotel

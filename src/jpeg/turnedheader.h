@@ -13,9 +13,9 @@ namespace pivotel {
 // transform makes it (JFIF or Adobe segment, every APPn and COM segment copied, the Exif image
 // size set to the new one, quantisation tables and sampling factors transposed by a quarter turn).
 struct TurnedHeader {
-    QByteArray bytes;                      // SOI through SOF2
-    CoefficientPlanes frame;               // sizes and table slots; no blocks yet
-    int colorspace = 0;                    // libjpeg's J_COLOR_SPACE of the frame
+    QByteArray bytes;        // SOI through SOF2
+    CoefficientPlanes frame; // sizes and table slots; no blocks yet
+    int colorspace = 0;      // libjpeg's J_COLOR_SPACE of the frame
     int sourcewidth = 0, sourceheight = 0; // the source frame's size in pixels
 };
 
