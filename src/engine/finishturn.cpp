@@ -6,6 +6,7 @@
 #include "jpeg/segments.h"
 #include "jpeg/trailer.h"
 #include "jpeg/verify.h"
+#include "jpeg/xmptoolkit.h"
 #include "metadata/resolutionrewrite.h"
 #include "support/fileio.h"
 
@@ -41,8 +42,11 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     const auto patch = setupright(turned, transformfor(action));
     if (!patch)
         return patch.status();
+    if (!patch->thumbnailnote.isEmpty())
+        notes << patch->thumbnailnote;
     // Most photos need no other writer, and their new content is written once, below.
     const bool others = patch->needswriters();
+    bool retouched = false; // by us, after the writers
     if (others) {
         if (Status written = writeworking(working, turned); !written)
             return written;
@@ -53,6 +57,8 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
             return Status::failure(
                 QStringLiteral("the turned photo can't be read back (%1)").arg(tagged.reason()));
         turned = std::move(tagged.value());
+        // The writers sign the XMP packet with their own toolkit's name.
+        retouched = keepxmptoolkit(*original, turned);
     }
     // The trailer comes last: the tool, rewriting the file, would leave an MPF index pointing
     // where the pictures stood before it.
@@ -60,7 +66,7 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
         if (Status carried = carrytrailer(*original, trailer, turned); !carried)
             return carried;
     }
-    if (!others || !trailer.isEmpty()) {
+    if (!others || retouched || !trailer.isEmpty()) {
         if (Status written = writeworking(working, turned); !written)
             return written;
     }

@@ -1,14 +1,12 @@
 #include "jpeg/decode.h"
 
+#include "jpeg/datasource.h"
 #include "jpeg/jpegerror.h"
 #include "jpeg/segments.h"
 #include "jpeg/turbojpeg.h"
 #include "support/fileio.h"
-#include "support/nativepath.h"
 
-#include <QFile>
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -17,11 +15,6 @@
 namespace pivotel {
 
 namespace {
-
-struct FileClose {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileClose>;
 
 struct Free {
     void operator()(void* memory) const { std::free(memory); }
@@ -45,11 +38,11 @@ class Decompression {
     QString message() const { return error_.text(); }
     QString warning() const { return error_.warningtext(); }
 
-    bool readheader(std::FILE* file) {
+    bool readheader(const QByteArray& data) {
         if (setjmp(error_.jump))
             return false;
         jpeg_create_decompress(&info_);
-        jpeg_stdio_src(&info_, file);
+        jpegdatasource(&info_, data);
         for (int n = 0; n < 16; ++n)
             jpeg_save_markers(&info_, JPEG_APP0 + n, 0xFFFF);
         jpeg_save_markers(&info_, JPEG_COM, 0xFFFF);
@@ -66,10 +59,8 @@ class Decompression {
             return false;
         const long warnings = error_.manager.num_warnings;
         const bool found = jpeg_read_icc_profile(&info_, profile, length);
-        if (warnings == 0 && error_.manager.num_warnings > 0) {
-            error_.manager.num_warnings = 0;
-            error_.warning[0] = 0;
-        }
+        if (warnings == 0 && error_.manager.num_warnings > 0)
+            error_.forgetwarnings();
         return found;
     }
 
@@ -129,21 +120,6 @@ qint64 resolution(jpeg_decompress_struct& info, const std::vector<MarkerSegment>
     return 72;
 }
 
-JpegColorSpace codedspace(J_COLOR_SPACE space) {
-    switch (space) {
-    case JCS_GRAYSCALE:
-        return JpegColorSpace::Grey;
-    case JCS_RGB:
-        return JpegColorSpace::Rgb;
-    case JCS_CMYK:
-        return JpegColorSpace::Cmyk;
-    case JCS_YCCK:
-        return JpegColorSpace::Ycck;
-    default:
-        return JpegColorSpace::YCbCr;
-    }
-}
-
 // The sampling and the quantization tables of the frame, as the header gives them.
 JpegCoding codingof(const jpeg_decompress_struct& info) {
     JpegCoding coding;
@@ -162,14 +138,13 @@ JpegCoding codingof(const jpeg_decompress_struct& info) {
 } // namespace
 
 Result<DecodedPicture> decodepicture(const QString& path) {
-    const FilePtr file(std::fopen(nativepath(path).constData(), "rb"));
-    if (!file)
-        return Status::failure(
-            QStringLiteral("can't be read (%1)").arg(QString::fromLocal8Bit(std::strerror(errno))));
+    const auto data = readwholefile(path);
+    if (!data)
+        return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
 
     Decompression decompression;
     jpeg_decompress_struct& info = decompression.info();
-    if (!decompression.readheader(file.get()))
+    if (!decompression.readheader(*data))
         return damaged(decompression);
 
     DecodedPicture picture;
@@ -189,7 +164,7 @@ Result<DecodedPicture> decodepicture(const QString& path) {
     // Four bytes a pixel: a turn then moves whole words.
     J_COLOR_SPACE colorspace = JCS_EXT_RGBX;
     QImage::Format format = QImage::Format_RGBX8888;
-    picture.colorspace = codedspace(info.jpeg_color_space);
+    picture.colorspace = codedcolorspace(info.jpeg_color_space);
     switch (info.jpeg_color_space) {
     case JCS_GRAYSCALE:
         colorspace = JCS_GRAYSCALE;

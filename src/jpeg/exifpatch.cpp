@@ -1,10 +1,10 @@
 #include "jpeg/exifpatch.h"
 
+#include "jpeg/exifthumbnail.h"
 #include "jpeg/segments.h"
 #include "jpeg/tiff.h"
-#include "jpeg/transformop.h"
-#include "jpeg/turbojpeg.h"
 
+#include <QString>
 #include <algorithm>
 #include <cmath>
 
@@ -30,42 +30,49 @@ bool isframe(unsigned char marker) {
     return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
 
-// A thumbnail is turned losslessly and kept baseline, as viewers of EXIF thumbnails expect; the
-// few edge pixels a turn can't move are trimmed, which no one sees at that size.
-Result<QByteArray> turnthumbnail(QByteArrayView thumbnail, JpegTransform op) {
-    const TjHandle tj(tjInitTransform());
-    if (!tj)
-        return Status::failure(QStringLiteral("the JPEG library can't start"));
-    tjtransform transform{};
-    transform.op = transformop(op);
-    transform.options = TJXOPT_TRIM;
-    unsigned char* output = nullptr;
-    unsigned long outputsize = 0;
-    const int rc = tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(thumbnail.data()),
-                               static_cast<unsigned long>(thumbnail.size()), 1, &output, &outputsize, &transform, 0);
-    const TjBuffer owned(output);
-    if (rc != 0 || !output)
-        return Status::failure(QStringLiteral("its EXIF thumbnail can't be turned (%1)")
-                                   .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
-    return QByteArray(reinterpret_cast<const char*>(output), qsizetype(outputsize));
+// The largest EXIF segment: its length field counts itself and the "Exif\0\0" before the block.
+constexpr qsizetype largestblock = 0xFFFF - 2 - 6;
+
+// Where in the TIFF block a thumbnail of `size` bytes goes in place of the one at `offset`, so
+// that nothing else in the block moves: in the old one's place when it ends the block or has
+// room, else after the block's end. -1 when the EXIF segment can't grow to hold it.
+qsizetype thumbnailplace(qsizetype blocksize, qsizetype offset, qsizetype length, qsizetype size) {
+    if (offset + length == blocksize)
+        return offset + size <= largestblock ? offset : -1;
+    if (size <= length)
+        return offset;
+    const qsizetype after = blocksize + (blocksize & 1); // TIFF offsets are even
+    return after + size <= largestblock ? after : -1;
 }
 
-// The TIFF block with its IFD1 thumbnail replaced by `turned`: in the thumbnail's place when it
-// ends the block, else after the block's end, so that nothing else in the block moves.
+// The most bytes a new thumbnail may take.
+qsizetype thumbnailroom(qsizetype blocksize, qsizetype offset, qsizetype length) {
+    if (offset + length == blocksize)
+        return largestblock - offset;
+    return std::max(length, largestblock - blocksize - (blocksize & 1));
+}
+
+// The TIFF block with its IFD1 thumbnail replaced by `thumbnail`, placed at `at`.
 QByteArray withthumbnail(QByteArray tiffbytes, qsizetype ifd1, qsizetype offset, qsizetype length,
-                         const QByteArray& turned) {
-    qsizetype at = offset;
-    if (offset + length == tiffbytes.size()) {
+                         qsizetype at, const QByteArray& thumbnail) {
+    if (at == offset && offset + length == tiffbytes.size())
         tiffbytes.truncate(offset);
+    if (at == offset && at < tiffbytes.size()) {
+        // What is left of the old one's place is cleared.
+        tiffbytes.replace(at, length, thumbnail + QByteArray(length - thumbnail.size(), '\0'));
     } else {
-        at = tiffbytes.size() + (tiffbytes.size() & 1); // TIFF offsets are even
         tiffbytes.resize(at, '\0');
+        tiffbytes.append(thumbnail);
     }
-    tiffbytes.append(turned);
     TiffBlock tiff(reinterpret_cast<unsigned char*>(tiffbytes.data()), tiffbytes.size());
     (void)tiff.setinteger(ifd1, TiffBlock::thumbnailoffset, quint32(at));
-    (void)tiff.setinteger(ifd1, TiffBlock::thumbnaillength, quint32(turned.size()));
+    (void)tiff.setinteger(ifd1, TiffBlock::thumbnaillength, quint32(thumbnail.size()));
     return tiffbytes;
+}
+
+// A thumbnail's size when none can be read from it: EXIF's own 160 by 120, as the photo lies.
+QSize defaultthumbnail(QSize photo) {
+    return photo.width() >= photo.height() ? QSize(160, 120) : QSize(120, 160);
 }
 
 std::optional<ExifResolution> exifresolution(const TiffBlock& tiff) {
@@ -96,7 +103,9 @@ void setjfif(QByteArray& jpeg, Place jfif, const ExifResolution& resolution) {
     if (jfif.start < 0 || jfif.length < jfifunits + 5)
         return;
     auto* p = reinterpret_cast<unsigned char*>(jpeg.data()) + jfif.start + jfifunits;
-    const auto density = [](double value) { return quint16(std::clamp<long>(std::lround(value), 1, 65535)); };
+    const auto density = [](double value) {
+        return quint16(std::clamp<long>(std::lround(value), 1, 65535));
+    };
     const quint16 x = density(resolution.x);
     const quint16 y = density(resolution.y);
     p[0] = uchar(resolution.unit - 1); // JFIF counts its units from 0 for none
@@ -118,7 +127,7 @@ Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
             patch.size = QSize(p[3] << 8 | p[4], p[1] << 8 | p[2]);
         } else if (segment.marker == 0xE0 && jfif.start < 0 && body.startsWith(jfifsignature)) {
             jfif = placeof(jpeg, segment);
-        } else if (segment.marker == 0xE1 && exif.start < 0 && body.startsWith(exifsignature)) {
+        } else if (segment.marker == 0xE1 && exif.start < 0 && iswholeexif(body)) {
             exif = placeof(jpeg, segment);
         } else if (segment.marker == 0xE1 && body.startsWith(xmpsignature)) {
             patch.hasxmp = true;
@@ -130,7 +139,8 @@ Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
     std::optional<ExifResolution> resolution;
     if (exif.start >= 0) {
         const qsizetype tiffstart = exif.start + 4 + exifsignature.size();
-        TiffBlock tiff(reinterpret_cast<unsigned char*>(jpeg.data()) + tiffstart, exif.start + exif.length - tiffstart);
+        TiffBlock tiff(reinterpret_cast<unsigned char*>(jpeg.data()) + tiffstart,
+                       exif.start + exif.length - tiffstart);
         const qsizetype ifd0 = tiff.ifd0();
         patch.orientationset = tiff.setinteger(ifd0, TiffBlock::orientation, 1);
         if (tiff.find(ifd0, TiffBlock::orientation) >= 0 && !patch.orientationset)
@@ -146,21 +156,43 @@ Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
         const qsizetype ifd1 = tiff.nextifd(ifd0);
         const auto offset = tiff.integer(ifd1, TiffBlock::thumbnailoffset);
         const auto length = tiff.integer(ifd1, TiffBlock::thumbnaillength);
-        if (thumbnailturn != JpegTransform::None && offset && length && *length > 0 && *offset <= quint32(tiff.size()) &&
-            *length <= quint32(tiff.size()) - *offset) {
+        if (thumbnailturn != JpegTransform::None && offset && length && *length > 0 &&
+            *offset <= quint32(tiff.size()) && *length <= quint32(tiff.size()) - *offset) {
             const QByteArray block(jpeg.constData() + tiffstart, tiff.size());
-            const auto turned = turnthumbnail(QByteArrayView(block).sliced(*offset, *length), thumbnailturn);
-            if (!turned)
-                return turned.status();
-            const QByteArray newblock = withthumbnail(block, ifd1, *offset, *length, *turned);
-            const qsizetype segmentlength = 2 + exifsignature.size() + newblock.size();
-            if (segmentlength > 0xFFFF)
-                return Status::failure(QStringLiteral("its turned EXIF thumbnail doesn't fit the EXIF block"));
-            jpeg.replace(tiffstart, tiff.size(), newblock);
-            jpeg[exif.start + 2] = char(segmentlength >> 8);
-            jpeg[exif.start + 3] = char(segmentlength & 0xFF);
-            if (jfif.start > exif.start)
-                jfif.start += newblock.size() - tiff.size();
+            const qsizetype at = *offset, oldlength = *length;
+            const QByteArrayView old = QByteArrayView(block).sliced(at, oldlength);
+            // A thumbnail that can't be turned, or whose turned form doesn't fit, is made anew
+            // from the turned photo: a thumbnail never stops a turn.
+            QByteArray thumbnail;
+            const auto turned = turnthumbnail(old, thumbnailturn);
+            if (turned && thumbnailplace(block.size(), at, oldlength, turned->size()) >= 0) {
+                thumbnail = *turned;
+            } else {
+                QSize size = thumbnailsize(old).value_or(QSize());
+                if (transposes(thumbnailturn))
+                    size.transpose();
+                if (size.isEmpty())
+                    size = defaultthumbnail(patch.size);
+                const auto made = makethumbnail(jpeg, size, thumbnailroom(block.size(), at, oldlength));
+                if (made) {
+                    thumbnail = *made;
+                    patch.thumbnailnote = QStringLiteral("thumbnail made anew");
+                } else {
+                    patch.thumbnailnote =
+                        QStringLiteral("its EXIF thumbnail was left as it was (%1)").arg(made.reason());
+                }
+            }
+            if (!thumbnail.isEmpty()) {
+                const QByteArray newblock =
+                    withthumbnail(block, ifd1, at, oldlength,
+                                  thumbnailplace(block.size(), at, oldlength, thumbnail.size()), thumbnail);
+                const qsizetype segmentlength = 2 + exifsignature.size() + newblock.size();
+                jpeg.replace(tiffstart, tiff.size(), newblock);
+                jpeg[exif.start + 2] = char(segmentlength >> 8);
+                jpeg[exif.start + 3] = char(segmentlength & 0xFF);
+                if (jfif.start > exif.start)
+                    jfif.start += newblock.size() - tiff.size();
+            }
         }
     }
     if (!resolution) {

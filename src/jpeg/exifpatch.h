@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QSize>
+#include <QString>
 #include <optional>
 
 namespace pivotel {
@@ -27,6 +28,9 @@ struct UprightPatch {
     // The resolution the EXIF block lacks (missing, zero or unreadable), to be added: the JFIF
     // density's when it has one, else 72 dpi.
     std::optional<ExifResolution> missingresolution;
+    // What became of the EXIF thumbnail when it couldn't simply be turned ("thumbnail made
+    // anew"), for the report; empty otherwise.
+    QString thumbnailnote;
 
     // Whether anything is left for the metadata tool (or the XMP library) to write.
     bool needswriters() const { return hasxmp || !dimensionsset || !orientationset || missingresolution; }
@@ -35,8 +39,9 @@ struct UprightPatch {
 // Sets the metadata of a turned photo upright in `jpeg`, its whole new file, changing nothing
 // else: IFD0's Orientation becomes 1, the Exif IFD's pixel dimensions the picture's size, the
 // IFD1 thumbnail is turned by `thumbnailturn`, and a JFIF density is made to agree with the EXIF
-// resolution, in the same unit. Every other byte of the EXIF block stays as it was, so no value
-// changes. Fails when the thumbnail can't be turned or the turned one doesn't fit the segment.
+// resolution, in the same unit. The EXIF segment may grow to its largest, 64 KB, for the turned
+// thumbnail; one that can't be turned (not a JPEG, damaged) or still doesn't fit is made anew
+// from the turned photo at its size. Every other value of the EXIF block stays as it was.
 [[nodiscard]] Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn);
 
 } // namespace pivotel

@@ -1,5 +1,8 @@
 #include "jpeg/jpegerror.h"
 
+#include <QStringList>
+#include <cstring>
+
 namespace pivotel {
 
 namespace {
@@ -18,8 +21,16 @@ void emitmessage(j_common_ptr codec, int level) {
     if (level >= 0) // trace messages
         return;
     JpegError& error = handler(codec);
-    if (codec->err->num_warnings++ == 0)
-        codec->err->format_message(codec, error.warning);
+    ++codec->err->num_warnings;
+    if (error.distinctwarnings == JpegError::keptwarnings)
+        return;
+    char text[JMSG_LENGTH_MAX] = {};
+    codec->err->format_message(codec, text);
+    for (int i = 0; i < error.distinctwarnings; ++i) {
+        if (std::strcmp(error.warnings[i], text) == 0)
+            return;
+    }
+    std::memcpy(error.warnings[error.distinctwarnings++], text, sizeof text);
 }
 
 // Nothing goes to the terminal; the caller words the failure.
@@ -27,6 +38,18 @@ void outputmessage(j_common_ptr) {
 }
 
 } // namespace
+
+QString JpegError::warningtext() const {
+    QStringList texts;
+    for (int i = 0; i < distinctwarnings; ++i)
+        texts << QString::fromLocal8Bit(warnings[i]);
+    return texts.join(QStringLiteral("; "));
+}
+
+void JpegError::forgetwarnings() {
+    manager.num_warnings = 0;
+    distinctwarnings = 0;
+}
 
 jpeg_error_mgr* JpegError::install() {
     jpeg_std_error(&manager);

@@ -10,8 +10,8 @@ namespace pivotel {
 // libjpeg's error handler for our decoders and encoders. libjpeg's own ends the program; this
 // one jumps back to `jump`, which every step that calls libjpeg sets first, and the step gives
 // up cleanly with the message kept for the user. A warning (stray bytes before a marker, data
-// that ends early) stops nothing: libjpeg reads past it as every viewer does, and the first one
-// is kept so that the user hears of it.
+// that ends early, a bad Huffman code) stops nothing: libjpeg reads past it as every viewer
+// does, and each kind of warning is kept, in the order given, so that the user hears of it.
 //
 // A step that sets `jump` must hold no object with a destructor of its own: the jump passes
 // over such objects without ending them. Resources live in the step's caller.
@@ -19,12 +19,16 @@ struct JpegError {
     jpeg_error_mgr manager{}; // first, so libjpeg's pointer to it is a pointer to the whole
     std::jmp_buf jump{};
     char message[JMSG_LENGTH_MAX] = {};
-    char warning[JMSG_LENGTH_MAX] = {}; // the first warning, empty when there was none
+    static constexpr int keptwarnings = 4; // a damaged scan may give one warning a block
+    char warnings[keptwarnings][JMSG_LENGTH_MAX] = {};
+    int distinctwarnings = 0;
 
     // Sets up the handler; the result goes into the codec's `err` before it is created.
     jpeg_error_mgr* install();
     QString text() const { return QString::fromLocal8Bit(message); }
-    QString warningtext() const { return QString::fromLocal8Bit(warning); }
+    // The warnings, "; " between them; empty when there was none.
+    QString warningtext() const;
+    void forgetwarnings();
 };
 
 } // namespace pivotel

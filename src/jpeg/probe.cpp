@@ -1,7 +1,11 @@
 #include "jpeg/probe.h"
 
+#include "jpeg/datasource.h"
+#include "jpeg/jpegerror.h"
 #include "jpeg/segments.h"
 #include "jpeg/turbojpeg.h"
+
+#include <climits>
 
 namespace pivotel {
 
@@ -41,7 +45,47 @@ JpegSampling sampling(int tjsampling) {
     }
 }
 
+// libjpeg's own reading of a header whose sampling TurboJPEG can't name (inks sampled 2x2, 1x1,
+// 1x1, 2x2, say): libjpeg decodes and transforms such photos all the same.
+class HeaderRead {
+  public:
+    HeaderRead() { info_.err = error_.install(); }
+    ~HeaderRead() { jpeg_destroy_decompress(&info_); }
+    HeaderRead(const HeaderRead&) = delete;
+    HeaderRead& operator=(const HeaderRead&) = delete;
+
+    bool read(const QByteArray& header) {
+        if (setjmp(error_.jump))
+            return false;
+        jpeg_create_decompress(&info_);
+        jpegdatasource(&info_, header);
+        jpeg_read_header(&info_, TRUE);
+        return true;
+    }
+    const jpeg_decompress_struct& info() const { return info_; }
+    QString message() const { return error_.text(); }
+
+  private:
+    JpegError error_;
+    jpeg_decompress_struct info_{};
+};
+
 } // namespace
+
+JpegColorSpace codedcolorspace(int libjpegspace) {
+    switch (libjpegspace) {
+    case JCS_GRAYSCALE:
+        return JpegColorSpace::Grey;
+    case JCS_RGB:
+        return JpegColorSpace::Rgb;
+    case JCS_CMYK:
+        return JpegColorSpace::Cmyk;
+    case JCS_YCCK:
+        return JpegColorSpace::Ycck;
+    default:
+        return JpegColorSpace::YCbCr;
+    }
+}
 
 qint64 coefficientbytes(const JpegProbe& probe) {
     const int components =
@@ -86,14 +130,24 @@ Result<JpegProbe> probejpegdata(const QByteArray& header) {
     if (!tj)
         return Status::failure(QStringLiteral("the JPEG library can't start"));
     int width = 0, height = 0, subsamp = -1, space = 0;
+    JpegProbe probe;
     if (tjDecompressHeader3(tj.get(), reinterpret_cast<const unsigned char*>(header.constData()),
                             static_cast<unsigned long>(header.size()), &width, &height, &subsamp,
-                            &space) != 0)
-        return Status::failure(QStringLiteral("the JPEG header can't be read (%1)")
-                                   .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
-    if (width < 1 || height < 1)
+                            &space) == 0) {
+        probe = {{width, height}, colorspace(space), sampling(subsamp), std::nullopt};
+    } else {
+        HeaderRead read;
+        if (!read.read(header))
+            return Status::failure(QStringLiteral("the JPEG header can't be read (%1)").arg(read.message()));
+        const jpeg_decompress_struct& info = read.info();
+        probe.size = QSize(int(qMin<JDIMENSION>(info.image_width, INT_MAX)),
+                           int(qMin<JDIMENSION>(info.image_height, INT_MAX)));
+        probe.colorspace = codedcolorspace(info.jpeg_color_space);
+    }
+    if (probe.size.width() < 1 || probe.size.height() < 1)
         return Status::failure(QStringLiteral("the JPEG header gives no picture size"));
-    return JpegProbe{{width, height}, colorspace(space), sampling(subsamp), exiforientation(header)};
+    probe.orientation = exiforientation(header);
+    return probe;
 }
 
 } // namespace pivotel

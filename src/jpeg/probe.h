@@ -20,6 +20,9 @@ struct JpegProbe {
     std::optional<int> orientation; // the EXIF orientation (1..8), when the file has one
 };
 
+// The colour space that libjpeg's J_COLOR_SPACE `libjpegspace` codes.
+[[nodiscard]] JpegColorSpace codedcolorspace(int libjpegspace);
+
 // The bytes that the picture's coefficient arrays take in memory, as libjpeg holds them for a
 // lossless turn or a multi-pass coding: 64 two-byte coefficients a block, whole MCUs.
 [[nodiscard]] qint64 coefficientbytes(const JpegProbe& probe);

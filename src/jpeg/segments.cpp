@@ -150,10 +150,15 @@ Result<qsizetype> pictureend(QByteArrayView data) {
     return Status::failure(QStringLiteral("the JPEG data ends before the picture does"));
 }
 
+bool iswholeexif(QByteArrayView app1body) {
+    const TiffBlock tiff = exifblock(app1body);
+    return tiff.valid() && tiff.ifdfits(tiff.ifd0());
+}
+
 std::optional<int> exiforientation(const QByteArray& header) {
     for (const HeaderSegment& segment : headersegments(header)) {
         const QByteArrayView body = segment.body();
-        if (segment.marker == 0xE1 && body.startsWith(QByteArrayView("Exif\0\0", 6))) {
+        if (segment.marker == 0xE1 && iswholeexif(body)) {
             const TiffBlock tiff = exifblock(body);
             const auto value = tiff.integer(tiff.ifd0(), TiffBlock::orientation);
             return value ? std::optional<int>(int(*value)) : std::nullopt;

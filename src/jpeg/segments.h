@@ -39,7 +39,12 @@ struct HeaderSegment {
 // Fails when the data ends before the picture does.
 [[nodiscard]] Result<qsizetype> pictureend(QByteArrayView data);
 
-// The EXIF orientation (1..8) found in the APP1 "Exif" segment of a header, if there is one.
+// Whether an APP1 segment's body is an EXIF block whose IFD0 lies whole within it. A photo may
+// have several EXIF blocks, a damaged one first: like the metadata tool, every reader here
+// takes the first that is whole, and the others are left as they are.
+[[nodiscard]] bool iswholeexif(QByteArrayView app1body);
+
+// The EXIF orientation (1..8) found in the EXIF block of a header, if there is one.
 [[nodiscard]] std::optional<int> exiforientation(const QByteArray& header);
 
 // The vertical resolution in dots per inch that an EXIF block gives (YResolution in its unit),

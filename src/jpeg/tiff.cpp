@@ -71,6 +71,10 @@ qsizetype TiffBlock::nextifd(qsizetype ifd) const {
     return qsizetype(next);
 }
 
+bool TiffBlock::ifdfits(qsizetype ifd) const {
+    return ifd >= 0 && ifd + 2 <= size_ && ifd + 2 + qsizetype(read16(ifd)) * 12 <= size_;
+}
+
 qsizetype TiffBlock::subifd(qsizetype ifd, quint16 tag) const {
     const auto offset = integer(ifd, tag);
     if (!offset || *offset < 8 || *offset > quint32(size_) || size_ - qsizetype(*offset) < 2)

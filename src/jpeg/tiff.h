@@ -33,6 +33,8 @@ class TiffBlock {
     // Offsets of IFDs within the block, or -1 when there is none.
     qsizetype ifd0() const { return ifd0_; }
     qsizetype nextifd(qsizetype ifd) const;
+    // Whether every entry of `ifd` lies within the block.
+    bool ifdfits(qsizetype ifd) const;
     // The IFD an entry of `ifd` (a LONG offset such as the Exif IFD's) points at, or -1.
     qsizetype subifd(qsizetype ifd, quint16 tag) const;
 

@@ -1,8 +1,10 @@
 #include "jpeg/transform.h"
 
 #include "jpeg/blockturn.h"
+#include "jpeg/datasource.h"
 #include "jpeg/jpegerror.h"
 #include "jpeg/progressivewriter.h"
+#include "jpeg/segments.h"
 #include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
 #include "jpeg/turnedheader.h"
@@ -86,14 +88,35 @@ class SourceReader {
         return true;
     }
 
+    // Reads all the coded data and puts each block, turned, where it goes in `planes`, one row
+    // of blocks at a time. Answers how many blocks it placed, or -1 when libjpeg gave up.
+    long long turnblocks(CoefficientPlanes& planes, const BlockTurn& turn) {
+        if (setjmp(error_.jump))
+            return -1;
+        start();
+        jvirt_barray_ptr* arrays = jpeg_read_coefficients(&info_);
+        if (std::size_t(info_.num_components) != planes.components.size())
+            return -1;
+        long long placed = 0;
+        for (int ci = 0; ci < info_.num_components; ++ci) {
+            const jpeg_component_info& component = info_.comp_info[ci];
+            for (JDIMENSION row = 0; row < component.height_in_blocks; ++row) {
+                const JBLOCKARRAY blocks = (*info_.mem->access_virt_barray)(
+                    reinterpret_cast<j_common_ptr>(&info_), arrays[ci], row, 1, FALSE);
+                placed += turn.placerow(planes, ci, int(row), blocks[0][0], int(component.width_in_blocks));
+            }
+        }
+        jpeg_finish_decompress(&info_);
+        return placed;
+    }
+
     QString message() const { return error_.text(); }
     QString warning() const { return error_.warningtext(); }
 
   private:
     void start() {
         jpeg_create_decompress(&info_);
-        jpeg_mem_src(&info_, reinterpret_cast<const unsigned char*>(data_.constData()),
-                     static_cast<unsigned long>(data_.size()));
+        jpegdatasource(&info_, data_);
         jpeg_read_header(&info_, TRUE);
     }
 
@@ -102,33 +125,18 @@ class SourceReader {
     jpeg_decompress_struct info_{};
 };
 
-// Takes the source's coefficients from TurboJPEG one row of blocks at a time and puts each
-// block, turned, where it goes in the new frame.
-struct Capture {
-    CoefficientPlanes* planes = nullptr;
-    const BlockTurn* turn = nullptr;
-    long long placed = 0;
+struct Turned {
+    QByteArray bytes;
+    QString warning; // libjpeg's, about flawed data it read past; empty for sound data
 };
 
-int capturerow(short* coefficients, tjregion arrayregion, tjregion planeregion, int component, int,
-               tjtransform* transform) {
-    auto* capture = static_cast<Capture*>(transform->data);
-    if (component < 0 || std::size_t(component) >= capture->planes->components.size())
-        return -1;
-    const int row = arrayregion.y / 8;
-    if (row < planeregion.h / 8) // not the padding of the last row of MCUs
-        capture->placed +=
-            capture->turn->placerow(*capture->planes, component, row, coefficients, planeregion.w / 8);
-    return 0;
-}
-
-// The transform with our own progressive writer: TurboJPEG reads the coefficients and writes
-// nothing, we move the blocks and code the scans, several at once. The bytes are those
-// TurboJPEG's own transform would write, and no more coefficients are held than it holds. No
-// answer when this path can't be sure of that or the data has any flaw: the caller then takes
-// TurboJPEG's own path, which words warnings and errors.
-std::optional<QByteArray> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
-                                               int threads) {
+// The transform with our own progressive writer: libjpeg reads the coefficients, we move the
+// blocks and code the scans, several at once. The bytes are those TurboJPEG's own transform
+// would write, and no more coefficients are held than it holds. No answer when this path can't
+// be sure of that or libjpeg can't read the data: the caller then takes TurboJPEG's own path,
+// which words the errors.
+std::optional<Turned> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                                           int threads) {
     if (edges == EdgePolicy::Perfect) {
         const auto partial = partialedges(data, op);
         if (!partial || !partial->perfect())
@@ -150,31 +158,33 @@ std::optional<QByteArray> progressivetransform(const QByteArray& data, JpegTrans
     if (script.empty())
         return std::nullopt;
 
-    const TjHandle tj(tjInitTransform());
-    if (!tj)
-        return std::nullopt;
     const BlockTurn turn(op, header->sourcewidth, header->sourceheight, header->frame);
-    Capture capture;
-    capture.planes = &header->frame;
-    capture.turn = &turn;
-    tjtransform transform{};
-    transform.op = TJXOP_NONE; // the blocks are moved as they are copied
-    transform.options = TJXOPT_PROGRESSIVE | TJXOPT_NOOUTPUT;
-    transform.data = &capture;
-    transform.customFilter = capturerow;
-    unsigned char* output = nullptr;
-    unsigned long outputsize = 0;
-    const int rc =
-        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
-    const TjBuffer owned(output);
+    SourceReader reader(data);
     // Every block of the new frame must have come from somewhere.
-    if (rc != 0 || capture.placed != blocks)
+    if (reader.turnblocks(header->frame, turn) != blocks)
         return std::nullopt;
     auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
     if (!written)
         return std::nullopt;
-    return std::move(written).value();
+    return Turned{std::move(written).value(), reader.warning()};
+}
+
+// libjpeg writes an Adobe segment of its own for the colour transform, with Adobe's flags
+// cleared; the source's, which says the same of the same coded data, is put back byte for byte.
+void keepadobesegment(const QByteArray& source, QByteArray& turned) {
+    const auto adobe = [](const QByteArray& jpeg) -> std::optional<HeaderSegment> {
+        for (const HeaderSegment& segment : headersegments(jpeg)) {
+            if (segment.marker == 0xEE && segment.body().startsWith("Adobe"))
+                return segment;
+        }
+        return std::nullopt;
+    };
+    const auto had = adobe(source);
+    const auto written = adobe(turned);
+    if (!had || !written || had->bytes == written->bytes)
+        return;
+    const QByteArray original = had->bytes.toByteArray();
+    turned.replace(written->bytes.data() - turned.constData(), written->bytes.size(), original);
 }
 
 } // namespace
@@ -206,49 +216,40 @@ Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
 
 Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
                               const QString& target, int threads) {
-    if (const auto turned = progressivetransform(data, op, edges, threads)) {
-        const Status written = writewholefile(target, turned->constData(), turned->size());
-        if (!written)
-            return Status::failure(
-                QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
-        return QString();
-    }
-    const TjHandle tj(tjInitTransform());
-    if (!tj)
-        return Status::failure(QStringLiteral("the JPEG library can't start"));
-
-    tjtransform transform{};
-    transform.op = transformop(op);
-    // Markers are copied unless told otherwise.
-    transform.options = TJXOPT_PROGRESSIVE | edgeoptions(edges);
-
-    unsigned char* output = nullptr;
-    unsigned long outputsize = 0;
-    const int rc =
-        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                    static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
-    const TjBuffer owned(output);
-    // TurboJPEG reports a warning that came before an error as a warning, and may leave half a
-    // result then: libjpeg, reading the data as the transform did, tells the two apart. Sound
-    // data, the common case, is read only once.
-    QString warning;
-    if (rc != 0) {
+    auto turned = progressivetransform(data, op, edges, threads);
+    if (!turned) {
+        // libjpeg, reading the data as the transform does, says whether it can be read at all
+        // and names every flaw it reads past.
         SourceReader reader(data);
         if (!reader.wholedata())
             return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
-        if (tjGetErrorCode(tj.get()) != TJERR_WARNING)
+        const TjHandle tj(tjInitTransform());
+        if (!tj)
+            return Status::failure(QStringLiteral("the JPEG library can't start"));
+        tjtransform transform{};
+        transform.op = transformop(op);
+        // Markers are copied unless told otherwise.
+        transform.options = TJXOPT_PROGRESSIVE | edgeoptions(edges);
+        unsigned char* output = nullptr;
+        unsigned long outputsize = 0;
+        const int rc =
+            tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
+                        static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
+        const TjBuffer owned(output);
+        if (rc != 0 && tjGetErrorCode(tj.get()) != TJERR_WARNING)
             return Status::failure(QStringLiteral("damaged JPEG data (%1)")
                                        .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
-        warning = reader.warning();
+        if (!output || outputsize == 0)
+            return Status::failure(QStringLiteral("the JPEG library gave no result"));
+        turned = Turned{QByteArray(reinterpret_cast<const char*>(output), qsizetype(outputsize)),
+                        reader.warning()};
     }
-    if (!output || outputsize == 0)
-        return Status::failure(QStringLiteral("the JPEG library gave no result"));
-
-    const Status written = writewholefile(target, output, static_cast<qsizetype>(outputsize));
+    keepadobesegment(data, turned->bytes);
+    const Status written = writewholefile(target, turned->bytes.constData(), turned->bytes.size());
     if (!written)
         return Status::failure(
             QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
-    return warning;
+    return turned->warning;
 }
 
 } // namespace pivotel
