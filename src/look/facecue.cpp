@@ -9,7 +9,7 @@ namespace pivotel::look {
 
 namespace {
 
-// The cascade looks at this size: faces down to a twentieth of the picture's long side, at a
+// The cascade looks at pictures of this long side: faces down to a twentieth of the picture's long side, at a
 // cost that four passes can afford.
 constexpr int facesside = 640;
 constexpr int smallestface = 24;
@@ -29,12 +29,10 @@ cv::Mat turned(const cv::Mat& picture, int turns) {
 } // namespace
 
 CueReading readfaces(cv::CascadeClassifier& faces, const cv::Mat& grey) {
-    cv::Mat small = grey;
-    const int side = std::max(grey.cols, grey.rows);
-    if (side > facesside) {
-        const double scale = double(facesside) / side;
-        cv::resize(grey, small, cv::Size(), scale, scale, cv::INTER_AREA);
-    }
+    // A small picture is enlarged to it too, so that the same faces are found in it.
+    cv::Mat small;
+    const double scale = double(facesside) / std::max(grey.cols, grey.rows);
+    cv::resize(grey, small, cv::Size(), scale, scale, scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
     cv::equalizeHist(small, small);
     std::array<int, 4> found{};
     for (int turns = 0; turns < 4; ++turns) {

@@ -1,6 +1,8 @@
 #include "look/cues.h"
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -22,6 +24,7 @@ constexpr double sidemargin = 1.5;
 struct Marks {
     cv::Mat mask; // the letter-sized marks only, 255 on 0
     int size = 0; // a typical letter's larger side
+    std::vector<cv::Point2f> centres;
 };
 
 // Dark marks on a lighter ground, of a letter's size.
@@ -32,6 +35,7 @@ Marks findmarks(const cv::Mat& grey) {
     const int count = cv::connectedComponentsWithStats(ink, labels, stats, centroids, 8, CV_32S);
     std::vector<unsigned char> keep(static_cast<size_t>(count), 0);
     std::vector<int> sizes;
+    Marks marks;
     for (int i = 1; i < count; ++i) {
         const int w = stats.at<int>(i, cv::CC_STAT_WIDTH);
         const int h = stats.at<int>(i, cv::CC_STAT_HEIGHT);
@@ -41,10 +45,10 @@ Marks findmarks(const cv::Mat& grey) {
             continue;
         keep[static_cast<size_t>(i)] = 255;
         sizes.push_back(side);
+        marks.centres.emplace_back(float(centroids.at<double>(i, 0)), float(centroids.at<double>(i, 1)));
     }
-    Marks marks;
     if (static_cast<int>(sizes.size()) < fewestmarks)
-        return marks;
+        return {};
     std::nth_element(sizes.begin(), sizes.begin() + static_cast<long>(sizes.size() / 2), sizes.end());
     marks.size = sizes[sizes.size() / 2];
     marks.mask = cv::Mat::zeros(grey.size(), CV_8U);
@@ -55,6 +59,47 @@ Marks findmarks(const cv::Mat& grey) {
             out[x] = keep[static_cast<size_t>(label[x])];
     }
     return marks;
+}
+
+// Which way the lines run: the letters of a line are each other's nearest neighbours, closer
+// than the lines are to each other. 0 along the rows, 1 along the columns, -1 when neither way
+// clearly wins.
+int linedirection(const Marks& marks) {
+    // Marks in cells of two letters' size: a nearest neighbour worth counting is in the next cell.
+    const float cell = 2.0F * float(marks.size);
+    std::map<std::pair<int, int>, std::vector<cv::Point2f>> grid;
+    for (const cv::Point2f& c : marks.centres)
+        grid[{int(c.x / cell), int(c.y / cell)}].push_back(c);
+    int along = 0, across = 0;
+    for (const cv::Point2f& c : marks.centres) {
+        const int gx = int(c.x / cell), gy = int(c.y / cell);
+        float best = cell * cell;
+        cv::Point2f nearest(0, 0);
+        for (int dy = -1; dy <= 1; ++dy) {
+            for (int dx = -1; dx <= 1; ++dx) {
+                const auto found = grid.find({gx + dx, gy + dy});
+                if (found == grid.end())
+                    continue;
+                for (const cv::Point2f& o : found->second) {
+                    const cv::Point2f d = o - c;
+                    const float distance = d.dot(d);
+                    if (distance > 0 && distance < best) {
+                        best = distance;
+                        nearest = d;
+                    }
+                }
+            }
+        }
+        if (std::abs(nearest.x) > 2 * std::abs(nearest.y))
+            ++along;
+        else if (std::abs(nearest.y) > 2 * std::abs(nearest.x))
+            ++across;
+    }
+    if (along >= fewestmarks && along >= majority * across)
+        return 0;
+    if (across >= fewestmarks && across >= majority * along)
+        return 1;
+    return -1;
 }
 
 // The lines of text running across a mask: its marks smeared along the rows, kept where the
@@ -109,25 +154,18 @@ CueReading readtext(const cv::Mat& grey) {
     const Marks marks = findmarks(grey);
     if (marks.mask.empty())
         return reading;
-    cv::Mat across;
-    cv::rotate(marks.mask, across, cv::ROTATE_90_CLOCKWISE);
-    const std::vector<cv::Rect> rows = findlines(marks.mask, marks.size);
-    const std::vector<cv::Rect> columns = findlines(across, marks.size);
-    // The lines run along the rows, or along the columns (so they run along the rows of the
-    // picture turned a quarter clockwise); neither when the two are close.
-    int quarter = 0;
-    const std::vector<cv::Rect>* lines = nullptr;
-    if (static_cast<int>(rows.size()) >= fewestlines && rows.size() >= majority * columns.size()) {
-        lines = &rows;
-    } else if (static_cast<int>(columns.size()) >= fewestlines && columns.size() >= majority * rows.size()) {
-        lines = &columns;
-        quarter = 1;
-    }
-    if (lines == nullptr)
+    // Lines along the columns run along the rows of the picture turned a quarter clockwise.
+    const int quarter = linedirection(marks);
+    if (quarter < 0)
         return reading;
-    const cv::Mat& frame = quarter == 0 ? marks.mask : across;
+    cv::Mat frame = marks.mask;
+    if (quarter == 1)
+        cv::rotate(marks.mask, frame, cv::ROTATE_90_CLOCKWISE);
+    const std::vector<cv::Rect> lines = findlines(frame, marks.size);
+    if (static_cast<int>(lines.size()) < fewestlines)
+        return reading;
     int up = 0, down = 0;
-    for (const cv::Rect& line : *lines) {
+    for (const cv::Rect& line : lines) {
         const int side = sideofline(frame, line);
         up += side > 0;
         down += side < 0;
