@@ -14,7 +14,7 @@ namespace pivotel {
 Status lookatphotos(const QStringList& paths, int jobs,
                     const std::function<void(qsizetype, const LookVerdict&)>& ondone,
                     const std::function<bool()>& stopped) {
-    const Status available = lookavailable();
+    Status available = lookavailable();
     if (!available)
         return available;
     const int workers =
