@@ -28,7 +28,7 @@ _pivotel_cli() {
     case $cur in
     -*)
         COMPREPLY=($(compgen -W '--no-recursive --action --reencode --quality --odd-sizes --process-all
-            --preserve-dates -j --jobs --memory-limit --dry-run --json -q --quiet -v --verbose -h --help -V --version --' -- "$cur"))
+            --preserve-dates -j --jobs --memory-limit --look --dry-run --json -q --quiet -v --verbose -h --help -V --version --' -- "$cur"))
         return
         ;;
     esac

@@ -7,6 +7,7 @@ packages=(
     qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libxkbcommon-dev fonts-dejavu-core
     libturbojpeg0-dev libjpeg62-turbo-dev libjpeg-turbo-progs
     libexempi-dev libcurl4-openssl-dev
+    libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev opencv-data opencv-doc
     libimage-exiftool-perl clang-tidy
     desktop-file-utils appstream man-db
     googletest libgtest-dev

@@ -20,6 +20,7 @@ const std::map<QString, Switch>& switches() {
         {QStringLiteral("--process-all"), {&CliOptions::processall, true}},
         {QStringLiteral("--no-recursive"), {&CliOptions::recursive, false}},
         {QStringLiteral("--preserve-dates"), {&CliOptions::preservedates, true}},
+        {QStringLiteral("--look"), {&CliOptions::look, true}},
         {QStringLiteral("--dry-run"), {&CliOptions::dryrun, true}},
         {QStringLiteral("--json"), {&CliOptions::json, true}},
         {QStringLiteral("--quiet"), {&CliOptions::quiet, true}},
@@ -80,6 +81,9 @@ QString usagetext() {
         "  --memory-limit=SIZE     the most memory the photos in work may need together, e.g.\n"
         "                          800M or 4G (default: half the machine's memory); a photo\n"
         "                          that alone needs more is reported and left as it is\n"
+        "  --look                  photos without a useful EXIF orientation (none, 0 or 1):\n"
+        "                          look at the picture for upright faces and lines of text,\n"
+        "                          and turn those with a clear cue; the others stay as they are\n"
         "  --dry-run               list each photo and its action; change nothing\n"
         "  --json                  print the final report as JSON on standard output\n"
         "  -q, --quiet             print only errors (and the report with --json)\n"
@@ -174,6 +178,8 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
         return Status::failure(QStringLiteral("--odd-sizes is for lossless turns, not with --reencode"));
     if (options.processall && !options.reencode)
         return Status::failure(QStringLiteral("--process-all needs --reencode"));
+    if (options.look && options.action)
+        return Status::failure(QStringLiteral("--look and --action can't be used together"));
     if (options.quiet && options.verbose)
         return Status::failure(QStringLiteral("--quiet and --verbose can't be used together"));
     if (options.paths.isEmpty() && !options.help && !options.version)

@@ -22,6 +22,7 @@ struct CliOptions {
     bool preservedates = false;
     int jobs = 0;           // photos turned at once; 0: one per core
     qint64 memorylimit = 0; // bytes; 0: half the machine's memory
+    bool look = false;      // suggest an upright from the picture where the EXIF orientation gives none
     bool dryrun = false;
     bool json = false;
     bool quiet = false;   // only errors on standard error

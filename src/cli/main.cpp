@@ -3,6 +3,7 @@
 
 #include "cli/cliargs.h"
 #include "cli/intake.h"
+#include "cli/picturecheck.h"
 #include "cli/progress.h"
 #include "cli/report.h"
 #include "engine/photorewrite.h"
@@ -233,8 +234,9 @@ int main(int argc, char* argv[]) {
 
     PhotoListModel list;
     // A stop signal ends a long scan at once; the run is then skipped.
+    // A look needs the photos whose orientation asks for no turn on the list as well.
     const IntakeResult intake = takephotos(cli.paths,
-                                           {cli.recursive, cli.action, cli.processall,
+                                           {cli.recursive, cli.action, cli.processall || cli.look,
                                             [] {
                                                 return stopsignal != 0;
                                             }},
@@ -252,6 +254,20 @@ int main(int argc, char* argv[]) {
             refused.failed.emplace_back(problem.path, problem.code, problem.reason);
         say(QStringLiteral("pivotel-cli: %1\n").arg(refused.message));
         return finish(refused);
+    }
+
+    std::map<QString, QString> cues; // by path: the picture's cue behind a photo's action
+    if (cli.look) {
+        if (!cli.quiet)
+            say(QStringLiteral("Looking at the pictures without a useful EXIF orientation...\n"));
+        const auto looked = suggestfrompictures(list, cli.jobs, [] { return stopsignal != 0; });
+        if (!looked) {
+            say(QStringLiteral("pivotel-cli: --look: the picture check is unavailable: %1\n")
+                    .arg(looked.reason()));
+            return 2;
+        }
+        for (const auto& [row, cue] : looked.value())
+            cues[list.row(row).path] = cue;
     }
 
     RunOptions options;
@@ -288,9 +304,13 @@ int main(int argc, char* argv[]) {
         for (const PhotoRow& photo : list.filelist()) {
             report.turned.emplace_back(photo.path, QStringLiteral("planned"), QString(),
                                        tokenof(photo.action));
+            const QString cue = cues[photo.path];
+            report.turned.back().cue = cue;
             if (!cli.json)
-                writestdout(
-                    (labelof(photo.action) + QLatin1Char('\t') + photo.path + QLatin1Char('\n')).toUtf8());
+                writestdout((labelof(photo.action) + QLatin1Char('\t') + photo.path +
+                             (cue.isEmpty() ? QString() : QStringLiteral("\tpicture: ") + cue) +
+                             QLatin1Char('\n'))
+                                .toUtf8());
         }
     } else if (!list.filelist().empty()) {
         const std::vector<PhotoReport> done = runengine(list.filelist(), options, cli, app);
@@ -300,6 +320,7 @@ int main(int argc, char* argv[]) {
             switch (photo.outcome) {
             case PhotoOutcome::Turned:
                 report.turned.emplace_back(path, QStringLiteral("turned"), QString(), token, photo.notes);
+                report.turned.back().cue = cues[path];
                 break;
             case PhotoOutcome::Skipped:
                 // the same file as an earlier one, or turned or changed by someone else meanwhile

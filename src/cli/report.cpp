@@ -23,6 +23,10 @@ QJsonArray entries(const std::vector<Entry>& list, bool turned) {
             if (const auto action = actionfortoken(entry.action))
                 object.insert(QStringLiteral("actiontext"), labelof(*action));
         }
+        if (!entry.cue.isEmpty()) {
+            object.insert(QStringLiteral("from"), QStringLiteral("picture"));
+            object.insert(QStringLiteral("cue"), entry.cue);
+        }
         if (!turned)
             object.insert(QStringLiteral("reason"), entry.text);
         if (!entry.notes.isEmpty())

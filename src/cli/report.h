@@ -17,6 +17,7 @@ struct Entry {
     QString text;      // the reason for a photo left alone or not done, for people
     QString action;    // the action as the command line's token (cw, ccw, 180, flip, ..., asis)
     QStringList notes; // for a turned photo: what else became of it
+    QString cue;       // the picture's cue, when the action came from a look at it
 };
 
 struct RunReport {

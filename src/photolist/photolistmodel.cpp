@@ -55,6 +55,8 @@ QVariant PhotoListModel::data(const QModelIndex& index, int role) const {
     }
     if (role == Qt::AccessibleDescriptionRole && index.column() == LabelColumn)
         return QStringLiteral("Space or Enter chooses the action");
+    if (role == Qt::ToolTipRole && index.column() == LabelColumn && !r.cue.isEmpty())
+        return QStringLiteral("Suggested by the picture: ") + r.cue;
     return {};
 }
 
@@ -97,8 +99,18 @@ void PhotoListModel::setaction(qint64 row, Action action) {
     rows_[static_cast<size_t>(row)].action = action;
     rows_[static_cast<size_t>(row)].fromexif = false;
     rows_[static_cast<size_t>(row)].unreadable = false;
+    rows_[static_cast<size_t>(row)].cue.clear();
     const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
-    emit dataChanged(cell, cell, {Qt::DisplayRole});
+    emit dataChanged(cell, cell, {Qt::DisplayRole, Qt::ToolTipRole});
+}
+
+void PhotoListModel::setsuggested(qint64 row, Action action, const QString& cue) {
+    if (!hasrow(row))
+        return;
+    setaction(row, action);
+    rows_[static_cast<size_t>(row)].cue = cue;
+    const QModelIndex cell = index(static_cast<int>(row), LabelColumn);
+    emit dataChanged(cell, cell, {Qt::ToolTipRole});
 }
 
 void PhotoListModel::setallactions(Action action) {
@@ -108,6 +120,7 @@ void PhotoListModel::setallactions(Action action) {
         r.action = action;
         r.fromexif = false;
         r.unreadable = false;
+        r.cue.clear();
     }
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(rows_.size()) - 1, LabelColumn),
                      {Qt::DisplayRole});
@@ -126,6 +139,7 @@ void PhotoListModel::setrechecked(const std::vector<std::optional<Action>>& resu
         rows_[i].unreadable = !results[i].has_value();
         rows_[i].action = results[i].value_or(rows_[i].action);
         rows_[i].fromexif = results[i].has_value();
+        rows_[i].cue.clear();
     }
     emit dataChanged(index(0, LabelColumn), index(static_cast<int>(n) - 1, LabelColumn), {Qt::DisplayRole});
 }

@@ -20,6 +20,9 @@ struct PhotoRow {
     // A recheck of the EXIF orientation could not read the file: the row shows "Fail", goes into
     // the run and is reported there as not done, its file untouched.
     bool unreadable = false;
+    // The action is the picture check's suggestion, for this cue: "3 faces upright after a
+    // quarter turn". Empty for any other action.
+    QString cue = {};
 };
 
 // The run's packed snapshot of the rows it works on, in list order.
@@ -60,6 +63,8 @@ class PhotoListModel : public QAbstractTableModel {
     void setallactions(Action action);
     // The same for the given rows only.
     void setactions(Action action, const std::vector<qint64>& rows);
+    // The picture check's suggestion for a row, shown with its cue as the label's tool tip.
+    void setsuggested(qint64 row, Action action, const QString& cue);
     // The results of a recheck of the EXIF orientation of the first rows, one per row from row 0:
     // an action, or none when the row's file could not be read.
     void setrechecked(const std::vector<std::optional<Action>>& results);

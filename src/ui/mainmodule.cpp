@@ -136,7 +136,7 @@ void MainModule::loadfolders() {
 
 void MainModule::removeselectedrow() {
     const QModelIndexList selected = ui_.list->selectionModel()->selectedRows();
-    if (state_.isrunning || takingphotos() || recheck_ || selected.isEmpty())
+    if (state_.isrunning || takingphotos() || recheck_ || look_ || selected.isEmpty())
         return;
     const qint64 row = selected.first().row();
     list_->removerow(row);
@@ -190,13 +190,45 @@ void MainModule::Listbox1_ConstructContextualMenu(QPoint at) {
     for (const QString& label : actionlabels().mid(0, static_cast<qsizetype>(menuactions)))
         entries << QStringLiteral("Set All to ") + label;
     entries << QStringLiteral("Set All to EXIF Orientation Check");
+    entries << QStringLiteral("Set All to Picture Check");
     const std::optional<int> chosen = dialogs_.popup(ui_.list, entries, at, list_->count() > 0);
     if (!chosen)
         return;
-    if (*chosen < static_cast<int>(menuactions))
+    const int actions = static_cast<int>(menuactions);
+    if (*chosen < actions)
         list_->setallactions(allactions.at(static_cast<size_t>(*chosen)));
-    else
+    else if (*chosen == actions)
         recheckall();
+    else if (!look_)
+        lookall();
+}
+
+void MainModule::lookall() {
+    QStringList paths;
+    for (qint64 r = 0; r < list_->count(); ++r)
+        paths << list_->row(r).path;
+    ui_.wheel->show();
+    look_ = std::make_unique<LookJob>(paths);
+    connect(look_.get(), &LookJob::progress, this, [this](qint64 done, qint64 total) {
+        ui_.rowcounter->setText(QStringLiteral("Picture Check: %1 of %2").arg(done).arg(total));
+    });
+    connect(look_.get(), &LookJob::finished, this, [this, paths](const QString& unavailable) {
+        const std::unique_ptr<LookJob> job = std::move(look_);
+        ui_.wheel->setVisible(takingphotos() || state_.isrunning);
+        updatecounter();
+        if (!unavailable.isEmpty()) {
+            dialogs_.tell(this, QStringLiteral("The Picture Check is unavailable: %1.").arg(unavailable));
+            return;
+        }
+        // Rows can't be taken off during the check; rows added since keep theirs.
+        const std::vector<LookVerdict>& verdicts = job->results();
+        for (size_t i = 0; i < verdicts.size(); ++i) {
+            const qint64 row = static_cast<qint64>(i);
+            if (verdicts[i].suggests() && list_->hasrow(row) && list_->row(row).path == paths[row])
+                list_->setsuggested(row, actionforturns(verdicts[i].turns), verdicts[i].cue);
+        }
+    });
+    look_->start();
 }
 
 void MainModule::recheckall() {
@@ -234,6 +266,8 @@ void MainModule::startorrefuse() {
 void MainModule::clearlist() {
     intake_.abandon();
     if (std::exchange(recheck_, nullptr))
+        ui_.wheel->hide();
+    if (std::exchange(look_, nullptr))
         ui_.wheel->hide();
     list_->clearlist();
     ui_.note->clear();

@@ -2,6 +2,7 @@
 
 #include "engine/runsession.h"
 #include "photolist/liststate.h"
+#include "photolist/lookjob.h"
 #include "photolist/photolistmodel.h"
 #include "photolist/recheckjob.h"
 #include "ui/foldergrants.h"
@@ -39,7 +40,7 @@ class MainModule : public QMainWindow {
     MainToolbar* toolbar() const { return toolbar_; }
     bool forappstore() const { return forappstore_; }
     // No intake and no preview decode is under way.
-    [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy() && !recheck_; }
+    [[nodiscard]] bool idle() const { return !intake_.busy() && !preview_.busy() && !recheck_ && !look_; }
 
     // Writes the number of rows into the count line: "0 Photos", "1 Photo", "n Photos".
     void updatecounter();
@@ -102,6 +103,9 @@ class MainModule : public QMainWindow {
     void Listbox1_ConstructContextualMenu(QPoint at);
     // Every row's action read again from its photo's EXIF orientation, off the main thread.
     void recheckall();
+    // "Set All to Picture Check": the rows without an EXIF orientation to go by get the upright
+    // their pictures suggest, off the main thread; every other row keeps its action.
+    void lookall();
     // Validates and freezes the options, stores them, makes the work list and starts the run.
     void prepwork();
     // Start: a run over the list, or "There is Nothing to Process" for an empty one.
@@ -138,6 +142,7 @@ class MainModule : public QMainWindow {
     bool stopped_ = false;        // the user stopped the run
     TaskbarProgress taskbar_;
     std::unique_ptr<RecheckJob> recheck_;
+    std::unique_ptr<LookJob> look_;
     bool closing_ = false;
 };
 

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Fails when a layer of src/ includes a header of a layer above it (or of a sibling), or when
-# anything outside src/jpeg/ includes a libjpeg or TurboJPEG header. With --self-test it plants
+# anything outside src/jpeg/ includes a libjpeg or TurboJPEG header, or outside src/look/ an
+# OpenCV, Tesseract or Leptonica one. With --self-test it plants
 # each kind of fault in a copy of the tree and fails unless every one is caught.
 set -uo pipefail
-declare -A rank=([support]=0 [jpeg]=1 [photolist]=2 [metadata]=3 [engine]=4 [preview]=5 [services]=6
-                 [ui]=7 [cli]=7 [app]=8)
+declare -A rank=([support]=0 [jpeg]=1 [look]=2 [photolist]=3 [metadata]=3 [engine]=4 [preview]=5
+                 [services]=6 [ui]=7 [cli]=7 [app]=8)
 
 check() {
     local src=$1 bad=0 file layer included
@@ -21,12 +22,17 @@ check() {
         --include='*.h' --include='*.cpp' | grep -v "^$src/jpeg/"; then
         echo "^ include libjpeg or TurboJPEG outside jpeg/"; bad=1
     fi
+    if grep -rlE '^#include [<"](opencv2/|tesseract/|leptonica/|allheaders\.h)' "$src" \
+        --include='*.h' --include='*.cpp' | grep -v "^$src/look/"; then
+        echo "^ include OpenCV, Tesseract or Leptonica outside look/"; bad=1
+    fi
     return $bad
 }
 
 src=$1
 if [ "${2:-}" = "--self-test" ]; then
-    for fault in '#include "ui/mainmodule.h"@engine' '#include "cli/intake.h"@ui' '#include <jpeglib.h>@engine'; do
+    for fault in '#include "ui/mainmodule.h"@engine' '#include "cli/intake.h"@ui' '#include <jpeglib.h>@engine' \
+                 '#include <opencv2/core.hpp>@ui'; do
         copy=$(mktemp -d)
         cp -r "$src/." "$copy"
         echo "${fault%@*}" > "$copy/${fault#*@}/planted.cpp"

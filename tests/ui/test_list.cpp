@@ -45,7 +45,7 @@ TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
     EXPECT_EQ(dialogs.menus.takeFirst(),
               "Set All to As Is|Set All to Rotate 90º Clockwise|Set All to Rotate 90º "
               "Counterclockwise|Set All to Rotate 180º|Set All to Flip Left|Set All to "
-              "EXIF Orientation Check(greyed)");
+              "EXIF Orientation Check|Set All to Picture Check(greyed)");
     load({{"a.jpg", 6, {96, 64}}, {"b.jpg", 7}, {"c.jpg", 8}});
     EXPECT_EQ(rows(), "a.jpg:cw b.jpg:transverse c.jpg:ccw");
     // Pressing the label selects the row and chooses; a dismissal changes nothing; the keyboard
@@ -84,6 +84,42 @@ TEST_F(List, PopUpsAndSetAllLabelTheRowsAndAnUnreadablePhotoFailsInTheRun) {
     EXPECT_EQ(label(2), "As Is");
     // The turned photo's thumbnail is made again.
     EXPECT_TRUE(QTest::qWaitFor([&] { return thumbnail("a.jpg") == QSize(106, 160); }));
+}
+
+TEST_F(List, PictureCheckSuggestsAnUprightOnlyForRowsWithoutAnOrientationToGoBy) {
+    const QImage faces(QStringLiteral(PIVOTEL_TEST_FACES));
+    ASSERT_FALSE(faces.isNull()) << "needs Debian's opencv-doc for a photo of faces";
+    // Faces turned a quarter counterclockwise, tagged with an orientation (0: none).
+    const auto turnedfaces = [&](const char* name, int orientation) {
+        ASSERT_TRUE(faces.transformed(QTransform().rotate(-90)).save(path(name), "JPEG", 90));
+        QByteArray exif("Exif\0\0MM\0\x2a\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01", 24);
+        if (orientation != 0)
+            insertsegment(path(name), 0xE1, exif.append(char(0)).append(char(orientation)).append(6, '\0'));
+    };
+    turnedfaces("a.jpg", 0);
+    turnedfaces("b.jpg", 1);
+    turnedfaces("c.jpg", 2); // mirrored: the orientation decides, whatever the picture shows
+    photo({"d.jpg", 6});
+    photo({"e.jpg"});
+    loadfolder(dir.path(), false);
+    dialogs.picks = {3}; // all to 180º: the check changes only what it suggests
+    contextmenu();
+    dialogs.picks = {static_cast<int>(allactions.size()) + 1};
+    contextmenu();
+    settle();
+    EXPECT_EQ(rows(), "a.jpg:cw b.jpg:cw c.jpg:180 d.jpg:180 e.jpg:180");
+    EXPECT_EQ(rowcounter(), "5 Photos");
+    // Only the first two were suggested, and say by what; nothing was turned.
+    const auto tip = [&](int row) {
+        return list()->model()->index(row, PhotoListModel::LabelColumn).data(Qt::ToolTipRole).toString();
+    };
+    EXPECT_TRUE(tip(0).contains("upright after a quarter turn")) << qPrintable(tip(0));
+    EXPECT_EQ(tip(1), tip(0));
+    EXPECT_EQ(tip(2) + tip(3) + tip(4), "");
+    EXPECT_EQ(QImage(path("a.jpg")).size(), faces.transformed(QTransform().rotate(-90)).size());
+    dialogs.picks = {0};
+    contextmenu();
+    EXPECT_EQ(tip(0), "");
 }
 
 TEST_F(List, TheNameColumnTakesTheRestOfTheWidthButNeverLessThan150) {

@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# How well the picture check suggests an upright, per cue, on pictures not made for the tests:
+#   text:   pages of prose from the machine's licences drawn with Qt (pivotel-lookbench --draw);
+#   pages:  pages of the machine's PDF manuals, rendered by pdftoppm at 300 dpi;
+#   faces:  the photos with faces that opencv-doc ships;
+#   scenes: its photos of things with neither faces nor text.
+# Every picture is made a camera-sized JPEG (up to 6000x4000, 4:2:0) and turned losslessly by
+# jpegtran each of the four ways. Prints precision (right suggestions of all suggestions),
+# coverage (right suggestions of the turned copies), false turns of upright copies,
+# suggestions on scenes, and milliseconds per photo on one core (decode included).
+set -euo pipefail
+source "$(dirname "$0")/common.sh"
+bench="$repo_root/build/tools/pivotel-lookbench"
+[ -x "$bench" ] || { echo "Build first: ./test or scripts/build.sh" >&2; exit 1; }
+samples=/usr/share/doc/opencv-doc/examples
+[ -d "$samples/data" ] || { echo "Needs Debian's opencv-doc: scripts/deps.sh --bench" >&2; exit 1; }
+set="$out/look"
+html=/usr/share/doc/opencv-doc/opencv4/html
+faces=("$samples/data/messi5.jpg" "$html/messiup.jpg" "$html/facereg.jpg" "$html/face_swapped.jpg"
+       "$html/person_multi_det.jpg" "$html/messi_face.jpg" "$html/julia_facedetect_sample.jpg"
+       "$html/faceDetection.png")
+scenes=(fruits.jpg building.jpg home.jpg baboon.jpg orange.jpg apple.jpg butterfly.jpg starry_night.jpg
+        squirrel_cls.jpg aero1.jpg leuvenA.jpg stuff.jpg)
+
+# camera NAME SOURCE: the source as a camera-sized JPEG, NAME.jpg, upright.
+camera() {
+    /usr/bin/convert "$2" -resize '6000x4000>' -resize '6000x4000<' -quality 90 -sampling-factor 2x2 \
+        "$set/$1.jpg"
+}
+
+if [ ! -d "$set" ]; then
+    echo "Making the pictures (once)..." >&2
+    mkdir -p "$set/drawn" "$set/pdf"
+    QT_QPA_PLATFORM=offscreen "$bench" --draw /usr/share/common-licenses/GPL-3 "$set/drawn" 20
+    for f in "$set"/drawn/*.jpg; do camera "text-$(basename "$f" .jpg)" "$f"; done
+    n=0
+    for pdf in /usr/share/doc/libtasn1-doc/libtasn1.pdf /usr/share/doc/shared-mime-info/shared-mime-info-spec.pdf \
+        "$repo_root/build/Pivotel.app/Contents/Resources/pivotel.pdf"; do
+        [ -f "$pdf" ] || continue
+        pdftoppm -r 300 -gray -jpeg -f 2 -l 9 "$pdf" "$set/pdf/p$n"
+        n=$((n + 1))
+    done
+    for f in "$set"/pdf/*.jpg; do camera "pages-$(basename "$f" .jpg)" "$f"; done
+    for f in "${faces[@]}"; do name=$(basename "$f"); camera "faces-${name%.*}" "$f"; done
+    for f in "${scenes[@]}"; do camera "scenes-${f%.*}" "$samples/data/$f"; done
+    rm -rf "$set/drawn" "$set/pdf"
+    # Each upright picture turned the three other ways; the list gives the clockwise quarter
+    # turns that bring each copy back upright.
+    for f in "$set"/*.jpg; do
+        for way in 90 180 270; do
+            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
+        done
+    done
+fi
+
+for f in "$set"/*.jpg; do
+    name=$(basename "$f")
+    group=${name%%-*}
+    case $name in
+        *.r90.jpg) turns=3 ;;
+        *.r180.jpg) turns=2 ;;
+        *.r270.jpg) turns=1 ;;
+        *) turns=0 ;;
+    esac
+    [ "$group" = scenes ] && turns=-
+    printf '%s\t%s\t%s\n' "$group" "$turns" "$f"
+done | "$bench"

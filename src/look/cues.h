@@ -1,0 +1,26 @@
+#pragma once
+
+// The cues themselves, on OpenCV's pictures; only src/look/ sees this.
+
+#include <QString>
+#include <opencv2/core.hpp>
+#include <opencv2/objdetect.hpp>
+
+namespace pivotel::look {
+
+// One cue's reading: the clockwise quarter turns that bring the picture upright (0 to 3), how
+// many things agree on it (faces, lines of text), and whether it is clear enough to act on.
+struct CueReading {
+    bool clear = false;
+    int turns = 0;
+    int count = 0;
+};
+
+// Upright faces, looked for at each of the four turns of a grey picture.
+[[nodiscard]] CueReading readfaces(cv::CascadeClassifier& faces, const cv::Mat& grey);
+
+// Lines of text: their direction, then which of their two sides the letters' tall strokes rise
+// on, as Latin and many other scripts have far more ascenders than descenders.
+[[nodiscard]] CueReading readtext(const cv::Mat& grey);
+
+} // namespace pivotel::look

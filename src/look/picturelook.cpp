@@ -1,0 +1,139 @@
+#include "look/picturelook.h"
+
+#include "jpeg/decode.h"
+#include "jpeg/segments.h"
+#include "look/cues.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <opencv2/core/utility.hpp>
+
+namespace pivotel {
+
+namespace {
+
+const QString facemodel = QStringLiteral("haarcascades/haarcascade_frontalface_alt2.xml");
+// Text wants its letters a few pixels high: the reduced decode covers this long side, which the
+// decoder's 1/4 reduction of a 24-megapixel photo does.
+constexpr int lookside = 1200;
+
+QString turnwords(int turns) {
+    return turns == 2 ? QStringLiteral("a half turn") : QStringLiteral("a quarter turn");
+}
+
+LookVerdict verdictof(const look::CueReading& reading, const QString& kind, const QString& one,
+                      const QString& many) {
+    LookVerdict verdict;
+    if (!reading.clear || reading.turns == 0)
+        return verdict;
+    verdict.turns = reading.turns;
+    verdict.cuekind = kind;
+    verdict.cue = QStringLiteral("%1 %2 upright after %3")
+                      .arg(reading.count)
+                      .arg(reading.count == 1 ? one : many, turnwords(reading.turns));
+    return verdict;
+}
+
+cv::Mat greyof(const QImage& picture) {
+    const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
+    return cv::Mat(grey.height(), grey.width(), CV_8U, const_cast<uchar*>(grey.constBits()),
+                   static_cast<size_t>(grey.bytesPerLine()))
+        .clone();
+}
+
+} // namespace
+
+struct PictureLook::Models {
+    cv::CascadeClassifier faces;
+};
+
+QString lookmodelfolder() {
+    const QString chosen = qEnvironmentVariable("PIVOTEL_LOOK_MODELS");
+    return chosen.isEmpty() ? QStringLiteral("/usr/share/opencv4") : chosen;
+}
+
+Status lookavailable(const QString& modelfolder) {
+    return PictureLook::open(modelfolder).status();
+}
+
+bool needslook(const QString& path) {
+    const auto header = readjpegheader(path);
+    if (!header)
+        return false;
+    const int orientation = exiforientation(*header).value_or(1);
+    return orientation == 0 || orientation == 1;
+}
+
+Result<std::unique_ptr<PictureLook>> PictureLook::open(const QString& modelfolder) {
+    const QString file = QDir(modelfolder).filePath(facemodel);
+    if (!QFileInfo(file).isFile())
+        return Status::failure(
+            QStringLiteral("the face model %1 is missing (Debian package opencv-data)").arg(file));
+    // A photo is looked at on one thread: batches give each core a photo of its own, where
+    // OpenCV's own threads would only contend with them.
+    cv::setNumThreads(1);
+    auto models = std::make_unique<Models>();
+    try {
+        if (!models->faces.load(file.toStdString()))
+            return Status::failure(QStringLiteral("the face model %1 can't be read").arg(file));
+    } catch (const cv::Exception& e) {
+        return Status::failure(QStringLiteral("the face model %1 can't be read: %2").arg(file, e.what()));
+    }
+    return std::unique_ptr<PictureLook>(new PictureLook(std::move(models)));
+}
+
+PictureLook::PictureLook(std::unique_ptr<Models> models) : models_(std::move(models)) {
+}
+
+PictureLook::~PictureLook() = default;
+
+QImage PictureLook::lookpicture(const QString& path) {
+    return decodereduced(path,
+                         [](QSize size) {
+                             return size.scaled(lookside, lookside, Qt::KeepAspectRatio).boundedTo(size);
+                         })
+        .picture;
+}
+
+LookVerdict PictureLook::lookatphoto(const QString& path) {
+    return lookatpicture(lookpicture(path));
+}
+
+LookVerdict PictureLook::facecue(const QImage& picture) {
+    try {
+        return verdictof(look::readfaces(models_->faces, greyof(picture)), QStringLiteral("faces"),
+                         QStringLiteral("face"), QStringLiteral("faces"));
+    } catch (const cv::Exception&) {
+        return {};
+    }
+}
+
+LookVerdict PictureLook::textcue(const QImage& picture) {
+    try {
+        return verdictof(look::readtext(greyof(picture)), QStringLiteral("text"),
+                         QStringLiteral("line of text"), QStringLiteral("lines of text"));
+    } catch (const cv::Exception&) {
+        return {};
+    }
+}
+
+LookVerdict PictureLook::lookatpicture(const QImage& picture) {
+    if (picture.isNull())
+        return {};
+    try {
+        const cv::Mat grey = greyof(picture);
+        const look::CueReading faces = look::readfaces(models_->faces, grey);
+        const look::CueReading text = look::readtext(grey);
+        // A cue that sees the picture upright, or another turn, vetoes the other's turn.
+        if (faces.clear && text.clear && faces.turns != text.turns)
+            return {};
+        if (faces.clear)
+            return verdictof(faces, QStringLiteral("faces"), QStringLiteral("face"), QStringLiteral("faces"));
+        return verdictof(text, QStringLiteral("text"), QStringLiteral("line of text"),
+                         QStringLiteral("lines of text"));
+    } catch (const cv::Exception&) {
+        return {};
+    }
+}
+
+} // namespace pivotel
