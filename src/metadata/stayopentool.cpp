@@ -17,21 +17,6 @@ int remaining(const QDeadlineTimer& deadline) {
     return int(std::max<qint64>(0, deadline.remainingTime()));
 }
 
-// The exit status in the marker that ends `err`, or -1 while the marker isn't complete.
-int takestatus(QByteArray& err, const QByteArray& marker) {
-    if (!err.endsWith("}\n"))
-        return -1;
-    const qsizetype at = err.lastIndexOf(marker);
-    if (at < 0)
-        return -1;
-    bool number = false;
-    const int status = err.mid(at + marker.size(), err.size() - 2 - at - marker.size()).toInt(&number);
-    if (!number)
-        return -1;
-    err.truncate(at);
-    return status;
-}
-
 } // namespace
 
 StayOpenTool::StayOpenTool(QString program)
@@ -80,6 +65,8 @@ void StayOpenTool::discard() {
     }
     process_.reset();
     pending_.clear();
+    out_.clear();
+    err_.clear();
 }
 
 quint64 StayOpenTool::send(const QStringList& arguments, int timeoutms) {
@@ -117,33 +104,36 @@ ToolResult StayOpenTool::read(const Pending& pending) {
     const QByteArray ready = "{ready" + id + "}\n";
     ToolResult result;
     result.started = true;
-    bool outdone = false;
-    int status = -1;
     for (;;) {
-        result.out += process_->readAllStandardOutput();
-        result.err += process_->readAllStandardError();
-        if (!outdone && result.out.endsWith(ready)) {
-            result.out.chop(ready.size());
-            outdone = true;
-        }
-        if (status < 0)
-            status = takestatus(result.err, marker);
-        if (outdone && status >= 0) {
-            result.exitcode = status;
+        out_ += process_->readAllStandardOutput();
+        err_ += process_->readAllStandardError();
+        // A command's output ends at its "{ready<id>}", its errors at the marker with its status;
+        // what follows is a later command's, and stays for it.
+        const qsizetype outend = out_.indexOf(ready);
+        const qsizetype errat = err_.indexOf(marker);
+        const qsizetype errend = errat < 0 ? -1 : err_.indexOf("}\n", errat);
+        if (outend >= 0 && errend >= 0) {
+            bool number = false;
+            const int status = err_.mid(errat + marker.size(), errend - errat - marker.size()).toInt(&number);
+            result.exitcode = number ? status : -1;
+            result.out = out_.left(outend);
+            out_.remove(0, outend + ready.size());
+            result.err = err_.left(errat);
+            err_.remove(0, errend + 2);
             pending_.pop_front();
             return result;
         }
-        if (process_->state() != QProcess::Running) {
-            discard(); // died in the middle of the command: exitcode stays -1
-            return result;
-        }
-        if (pending.deadline.hasExpired()) {
-            result.timedout = true;
+        const bool died = process_->state() != QProcess::Running;
+        result.timedout = !died && pending.deadline.hasExpired();
+        if (died || result.timedout) {
+            // Died in the middle of the command (exitcode stays -1), or took too long.
+            result.out = out_;
+            result.err = err_;
             discard();
             return result;
         }
         // While it waits on one channel QProcess drains the other, so neither pipe fills up.
-        process_->setReadChannel(outdone ? QProcess::StandardError : QProcess::StandardOutput);
+        process_->setReadChannel(outend >= 0 ? QProcess::StandardError : QProcess::StandardOutput);
         process_->waitForReadyRead(remaining(pending.deadline));
     }
 }

@@ -62,6 +62,9 @@ class StayOpenTool {
     quint64 nextid_;
     // Commands sent and not yet answered, oldest first.
     std::deque<Pending> pending_;
+    // What the process wrote and no command has taken yet: the start of later commands' answers.
+    QByteArray out_;
+    QByteArray err_;
 };
 
 } // namespace pivotel

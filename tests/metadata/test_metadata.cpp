@@ -71,6 +71,7 @@ TEST(ExifTool, OneProcessServesEveryCommandAFailureIsNoWarningAndItIsReplacedWhe
     tool.preload({u"-Comment=twice"_s, u"-overwrite_original_in_place"_s, photo}); // once a process
     const ExifTool::Sent skipped = tool.send({u"-ver"_s});
     const ExifTool::Sent last = tool.send({u"-s3"_s, u"-ImageWidth"_s, photo});
+    QThread::msleep(1500); // every answer is in the pipes when the first is read
     EXPECT_EQ(tool.collect(make).out, "p.jpg\n");
     EXPECT_EQ(tool.collect(last).out, "16\n");
     EXPECT_FALSE(tool.collect(skipped).started);
