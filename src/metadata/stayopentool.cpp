@@ -64,6 +64,8 @@ void StayOpenTool::discard() {
         process_->waitForFinished(stopwaitms);
     }
     process_.reset();
+    if (!pending_.empty())
+        lostthrough_ = pending_.back().id;
     pending_.clear();
     out_.clear();
     err_.clear();
@@ -93,8 +95,12 @@ ToolResult StayOpenTool::collect(quint64 ticket) {
         const Pending earlier = pending_.front();
         read(earlier);
     }
-    if (pending_.empty())
-        return {}; // never sent, or lost with a process that died
+    if (pending_.empty()) {
+        ToolResult lost;
+        // Sent to a process that died before answering: stopped unexpectedly (exitcode -1).
+        lost.started = ticket != 0 && ticket <= lostthrough_;
+        return lost;
+    }
     return read(pending_.front());
 }
 

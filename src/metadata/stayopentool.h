@@ -62,6 +62,7 @@ class StayOpenTool {
     quint64 nextid_;
     // Commands sent and not yet answered, oldest first.
     std::deque<Pending> pending_;
+    quint64 lostthrough_ = 0; // commands up to this one went with a process that died
     // What the process wrote and no command has taken yet: the start of later commands' answers.
     QByteArray out_;
     QByteArray err_;
