@@ -34,7 +34,7 @@ if [ ! -d "$set" ]; then
     QT_QPA_PLATFORM=offscreen "$bench" --draw /usr/share/common-licenses/GPL-3 "$set/drawn" 20
     for f in "$set"/drawn/*.jpg; do camera "text-$(basename "$f" .jpg)" "$f"; done
     n=0
-    for pdf in /usr/share/doc/libtasn1-doc/libtasn1.pdf /usr/share/doc/shared-mime-info/shared-mime-info-spec.pdf \
+    for pdf in /usr/share/doc/libtasn1-doc/libtasn1.pdf /usr/share/doc/shared-mime-info/*.pdf \
         "$repo_root/build/Pivotel.app/Contents/Resources/pivotel.pdf"; do
         [ -f "$pdf" ] || continue
         pdftoppm -r 300 -gray -jpeg -f 2 -l 9 "$pdf" "$set/pdf/p$n"
