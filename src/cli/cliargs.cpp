@@ -2,7 +2,9 @@
 
 #include "support/machine.h"
 
+#include <cstring>
 #include <map>
+#include <sys/stat.h>
 
 namespace pivotel::cli {
 
@@ -185,6 +187,25 @@ Result<CliOptions> parsearguments(const QStringList& arguments) {
     if (options.paths.isEmpty() && !options.help && !options.version)
         return Status::failure(QStringLiteral("no photo or folder given"));
     return options;
+}
+
+bool mayreusebuffers(int argc, const char* const argv[], int workers) {
+    int photos = 0;
+    bool options = true;
+    for (int i = 1; i < argc; ++i) {
+        if (options && std::strcmp(argv[i], "--") == 0) {
+            options = false;
+            continue;
+        }
+        if (options && argv[i][0] == '-' && argv[i][1] != '\0')
+            continue;
+        struct stat st {};
+        if (::stat(argv[i], &st) != 0)
+            continue;
+        if (S_ISDIR(st.st_mode) || (S_ISREG(st.st_mode) && ++photos > workers))
+            return true;
+    }
+    return false;
 }
 
 } // namespace pivotel::cli

@@ -37,4 +37,10 @@ struct CliOptions {
 
 [[nodiscard]] QString usagetext();
 
+// Whether the command line names a folder or more photos than `workers`, read from the raw
+// arguments before anything has started: only then does a worker turn a second photo in the
+// buffers of its first, which is where buffers on huge pages pay for what they cost to fault in.
+// An option's value that happens to name a file counts as a photo: that only costs the huge pages.
+[[nodiscard]] bool mayreusebuffers(int argc, const char* const argv[], int workers);
+
 } // namespace pivotel::cli

@@ -10,6 +10,7 @@
 #include "engine/runsession.h"
 #include "photolist/action.h"
 #include "support/appidentity.h"
+#include "support/machine.h"
 #include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "support/places.h"
@@ -162,7 +163,10 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
-    restartwithhugepages(argv);
+    // A run in which no worker turns a second photo gains nothing from huge pages: faulting them
+    // in costs more than the one turn saves, and the second start costs its own.
+    if (mayreusebuffers(argc, argv, corecount()))
+        restartwithhugepages(argv);
     catchstopsignals();
     reusephotobuffers();
     QCoreApplication app(argc, argv);

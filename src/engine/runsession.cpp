@@ -255,13 +255,16 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
     const QString& working = rewrite.value()->workingpath();
 
     ExifTransplant transplant(tool, pexiffolder(places_.datafolder), rewrite.value()->slot());
-    if (!sandboxed) {
-        // The tool dumps (and, for a run's first photo, starts) while the photo is turned.
+    // The metadata tool is started only for a photo whose tags need its writers: the dump is then
+    // made (and the tool started, for the worker's first such photo) while the photo is turned.
+    // Nothing reads the dump back, as the EXIF block crosses byte for byte, and it goes with the
+    // turn: a photo that needs no writer doesn't wait for the tool's start only to dump.
+    const bool dumped = !sandboxed && willneedwriters(photo.path);
+    if (dumped) {
         step("dumping its metadata");
         if (Status dumping = transplant.begindump(photo.path); !dumping)
             return dumping;
-        if (willneedwriters(photo.path))
-            preparewriters(tool, photo.path);
+        preparewriters(tool, photo.path);
     }
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
     const Result<Rotation> rotated =
@@ -270,9 +273,9 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
             : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
-    if (!sandboxed) {
-        if (Status dumped = transplant.savedump(); !dumped)
-            return dumped;
+    if (dumped) {
+        if (Status saved = transplant.savedump(); !saved)
+            return saved;
     }
     notes = rotated->notes;
     if (roundabout) {

@@ -331,10 +331,14 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
         u"XMP-tiff:ImageWidth"_s,  u"XMP-tiff:ImageHeight"_s,   u"IFD1:ThumbnailOffset"_s,
         u"IFD1:ThumbnailLength"_s, u"IFD1:ThumbnailImage"_s,    u"Composite:Megapixels"_s};
     // Without the tool the XMP library rewrites the EXIF block from its own copy: these must survive.
-    const QStringList kept{
-        u"IFD0:Make"_s,          u"ExifIFD:ExposureTime"_s,           u"ExifIFD:DateTimeOriginal"_s,
-        u"Canon:SerialNumber"_s, u"ICC_Profile:ProfileDescription"_s, u"XMP-dc:Title"_s,
-        u"IPTC:City"_s,          u"XMP-x:XMPToolkit"_s};
+    const QStringList kept{u"IFD0:Make"_s,
+                           u"ExifIFD:ExposureTime"_s,
+                           u"ExifIFD:DateTimeOriginal"_s,
+                           u"Canon:SerialNumber"_s,
+                           u"ICC_Profile:ProfileDescription"_s,
+                           u"XMP-dc:Title"_s,
+                           u"IPTC:City"_s,
+                           u"XMP-x:XMPToolkit"_s};
     // With the tool losslessly, without it, and with it re-encoded at quality 100.
     for (const auto& [tool, lossless] : {std::pair{true, true}, {false, true}, {true, false}}) {
         WorkList work{row(u"gone.jpg"_s, Action::Rotate180)};
@@ -893,6 +897,27 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
         EXPECT_EQ(readbytes(dir.filePath(name)), bytes) << qPrintable(name);
         EXPECT_EQ(files(dir.path()), before) << qPrintable(name);
         EXPECT_FALSE(QFile::exists(data.filePath(u"xtemp.jpg"_s))) << qPrintable(name);
+    }
+}
+
+// The tool starts only for a photo whose tags need its writers; for one that needs none, a tool
+// that would die never runs, and the photo turns as with a sound one.
+TEST_F(Runs, OnlyAPhotoWhoseTagsNeedTheToolStartsIt) {
+    const QString started = dir.filePath(u"started"_s);
+    const QString dying = writefaketool(dir.filePath(u"dying-tool"_s),
+                                        "touch '" + QFile::encodeName(started) + "'\nkill -9 $$\n");
+    for (const bool needs : {false, true}) {
+        QFile::remove(started);
+        const QString name = needs ? u"needs.jpg"_s : u"complete.jpg"_s;
+        writetaggedphoto(dir.filePath(name), 48, 32, 6, 300);
+        if (!needs)
+            writetags(dir.filePath(name), {u"-XMP:all="_s}); // the EXIF block alone, set upright by us
+        const auto reports = run({row(name)}, {}, dying);
+        ASSERT_EQ(reports.size(), 1u);
+        EXPECT_EQ(reports[0].outcome, needs ? PhotoOutcome::Failed : PhotoOutcome::Turned)
+            << qPrintable(reports[0].reason);
+        EXPECT_EQ(QFile::exists(started), needs) << qPrintable(name);
+        EXPECT_EQ(probejpeg(dir.filePath(name))->size, needs ? QSize(48, 32) : QSize(32, 48));
     }
 }
 
