@@ -86,6 +86,9 @@ quint64 StayOpenTool::send(const QStringList& arguments, int timeoutms) {
     const QByteArray number = QByteArray::number(id);
     input += "-echo4\n{pivotel" + number + " status ${status}}\n-execute" + number + '\n';
     process_->write(input);
+    // QProcess holds what is written until an event loop or a wait hands it on: a command sent
+    // ahead, to run while the photo turns, would otherwise wait for the next collect.
+    process_->waitForBytesWritten(0);
     pending_.push_back({id, deadline});
     return id;
 }

@@ -71,9 +71,16 @@ TEST(ExifTool, OneProcessServesEveryCommandAFailureIsNoWarningAndItIsReplacedWhe
     tool.preload({u"-Comment=twice"_s, u"-overwrite_original_in_place"_s, photo}); // once a process
     const ExifTool::Sent skipped = tool.send({u"-ver"_s});
     const ExifTool::Sent last = tool.send({u"-s3"_s, u"-ImageWidth"_s, photo});
-    QThread::msleep(1500); // every answer is in the pipes when the first is read
+    // Each reaches the tool when sent, not when its answer is asked for: this one's file appears
+    // with nothing collected, and then every answer is in the pipes when the first is read.
+    const QString ahead = dir.filePath(u"ahead.jpg"_s);
+    const ExifTool::Sent written = tool.send({u"-o"_s, ahead, u"-Comment=ahead"_s, photo});
+    for (QDeadlineTimer deadline(30000); !QFile::exists(ahead) && !deadline.hasExpired();)
+        QThread::msleep(20);
+    EXPECT_TRUE(QFile::exists(ahead));
     EXPECT_EQ(tool.collect(make).out, "p.jpg\n");
     EXPECT_EQ(tool.collect(last).out, "16\n");
+    EXPECT_TRUE(tool.collect(written).ok());
     EXPECT_FALSE(tool.collect(skipped).started);
     EXPECT_EQ(readbytes(photo), before);
 
