@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # One photo at a time, as a file manager's "rotate" or a script per photo turns them: the whole
 # command's wall time for pivotel-cli (default options), exiftran -aip and jhead -autorot, on a
-# 2-megapixel and a 24-megapixel photo with orientation 6. Medians of 7 (or $1) runs, taken in
+# 2-megapixel and a 24-megapixel photo with orientation 6, each with XMP (which only exiftool sets
+# upright) and without (-exif, as most cameras write them). Medians of 7 (or $1) runs, taken in
 # turns, each on a fresh copy with the files settled first (common.sh).
 # Usage: bench/latency.sh [runs]
 set -euo pipefail
@@ -20,6 +21,11 @@ if [ ! -f "$dir/small.jpg" ]; then # a phone-size photo: 1920x1080 4:2:0 with th
 fi
 cp "$out/base.jpg" "$dir/large.jpg"
 "$tool" -q -overwrite_original -Orientation#=6 "$dir/small.jpg" "$dir/large.jpg"
+# As most cameras write them: the same without XMP, whose tags only exiftool sets upright.
+for size in small large; do
+    rm -f "$dir/$size-exif.jpg"
+    "$tool" -q -XMP:all= -o "$dir/$size-exif.jpg" "$dir/$size.jpg"
+done
 
 declare -A turn=(
     [pivotel]="$cli -q"
@@ -28,7 +34,7 @@ declare -A turn=(
 )
 ways=(pivotel exiftran jhead)
 median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
-for size in small large; do
+for size in small small-exif large large-exif; do
     declare -A times=()
     for ((r = 0; r < runs; r++)); do
         for ((k = 0; k < ${#ways[@]}; k++)); do
@@ -42,6 +48,6 @@ for size in small large; do
     done
     for way in "${ways[@]}"; do
         ms=$(printf '%s\n' ${times[$way]} | median)
-        printf '%-6s %-9s median of %d: %4.0f ms\n' "$size" "$way" "$runs" "$(echo "$ms * 1000" | bc -l)"
+        printf '%-10s %-9s median of %d: %4.0f ms\n' "$size" "$way" "$runs" "$(echo "$ms * 1000" | bc -l)"
     done
 done

@@ -9,25 +9,40 @@ need_build
 runs=${1:-7}
 window="$repo_root/build/Pivotel.app/Contents/MacOS/pivotel"
 command -v xdotool >/dev/null || { echo "Needs xdotool: scripts/deps.sh --bench" >&2; exit 1; }
-display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
+# A display number the server finds free itself: one already taken would leave every launch
+# without a display.
+number=$(mktemp)
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
 xserver=$!
-trap 'kill $xserver 2>/dev/null' EXIT
-export DISPLAY=$display
-for ((i = 0; i < 50; i++)); do # until the display answers
+trap 'kill $xserver 2>/dev/null; rm -f "$number"' EXIT
+for ((i = 0; i < 100; i++)); do # until the server says which display it took
+    [ -s "$number" ] && break
+    sleep 0.1
+done
+[ -s "$number" ] || { echo "Xvfb did not start" >&2; exit 1; }
+export DISPLAY=:$(head -1 "$number")
+for ((i = 0; i < 100; i++)); do # until the display answers
     xdotool getmouselocation >/dev/null 2>&1 && break
     sleep 0.1
 done
+xdotool getmouselocation >/dev/null 2>&1 || { echo "The display $DISPLAY does not answer" >&2; exit 1; }
 export XDG_CONFIG_HOME="$out/windowstart-config"
 times=()
 for ((r = 0; r < runs; r++)); do
     rm -rf "$XDG_CONFIG_HOME" "$XDG_DATA_HOME/com.zenthori.pivotel"
     settle
     start=$(now)
-    "$window" >/dev/null 2>&1 &
+    "$window" >"$out/windowstart.log" 2>&1 &
     app=$!
     # xdotool's own --sync looks only every half second
-    until xdotool search --onlyvisible --pid "$app" >/dev/null 2>&1; do sleep 0.005; done
+    waited=0
+    until xdotool search --onlyvisible --pid "$app" >/dev/null 2>&1; do
+        sleep 0.005
+        if ((++waited > 4000)); then # some 20 s: not shown at all
+            echo "The window of launch $((r + 1)) was never shown" >&2
+            exit 1
+        fi
+    done
     times+=("$(elapsed "$start" "$(now)")")
     kill "$app"
     wait "$app" 2>/dev/null || true
