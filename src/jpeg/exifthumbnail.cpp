@@ -110,21 +110,10 @@ std::optional<QByteArray> encodethumbnail(const QImage& picture, int quality) {
 } // namespace
 
 Result<QByteArray> turnthumbnail(QByteArrayView thumbnail, JpegTransform op) {
-    const TjHandle tj(tjInitTransform());
-    if (!tj)
-        return Status::failure(QStringLiteral("the JPEG library can't start"));
-    tjtransform transform{};
-    transform.op = transformop(op);
-    transform.options = TJXOPT_TRIM;
-    unsigned char* output = nullptr;
-    unsigned long outputsize = 0;
-    const int rc =
-        tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(thumbnail.data()),
-                    static_cast<unsigned long>(thumbnail.size()), 1, &output, &outputsize, &transform, 0);
-    const TjBuffer owned(output);
-    if (rc != 0 || !output)
-        return Status::failure(QString::fromLocal8Bit(tjGetErrorStr2(tj.get())));
-    return QByteArray(reinterpret_cast<const char*>(output), qsizetype(outputsize));
+    TjTransformed turned = tjtransformbytes(thumbnail, transformop(op), TJXOPT_TRIM, true);
+    if (!turned.error.isEmpty())
+        return Status::failure(turned.error);
+    return std::move(turned.bytes);
 }
 
 std::optional<QSize> thumbnailsize(QByteArrayView thumbnail) {

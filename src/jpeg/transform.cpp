@@ -223,26 +223,13 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
         SourceReader reader(data);
         if (!reader.wholedata())
             return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
-        const TjHandle tj(tjInitTransform());
-        if (!tj)
-            return Status::failure(QStringLiteral("the JPEG library can't start"));
-        tjtransform transform{};
-        transform.op = transformop(op);
-        // Markers are copied unless told otherwise.
-        transform.options = TJXOPT_PROGRESSIVE | edgeoptions(edges);
-        unsigned char* output = nullptr;
-        unsigned long outputsize = 0;
-        const int rc =
-            tjTransform(tj.get(), reinterpret_cast<const unsigned char*>(data.constData()),
-                        static_cast<unsigned long>(data.size()), 1, &output, &outputsize, &transform, 0);
-        const TjBuffer owned(output);
-        if (rc != 0 && tjGetErrorCode(tj.get()) != TJERR_WARNING)
-            return Status::failure(QStringLiteral("damaged JPEG data (%1)")
-                                       .arg(QString::fromLocal8Bit(tjGetErrorStr2(tj.get()))));
-        if (!output || outputsize == 0)
-            return Status::failure(QStringLiteral("the JPEG library gave no result"));
-        turned = Turned{QByteArray(reinterpret_cast<const char*>(output), qsizetype(outputsize)),
-                        reader.warning()};
+        TjTransformed library =
+            tjtransformbytes(data, transformop(op), TJXOPT_PROGRESSIVE | edgeoptions(edges), false);
+        if (!library.error.isEmpty())
+            return Status::failure(library.baddata
+                                       ? QStringLiteral("damaged JPEG data (%1)").arg(library.error)
+                                       : library.error);
+        turned = Turned{std::move(library.bytes), reader.warning()};
     }
     keepadobesegment(data, turned->bytes);
     const Status written = writewholefile(target, turned->bytes.constData(), turned->bytes.size());
