@@ -2,6 +2,8 @@
 # How well the picture check suggests an upright, per cue, on pictures not made for the tests:
 #   text:   pages of prose from the machine's licences drawn with Qt (pivotel-lookbench --draw);
 #   pages:  pages of the machine's PDF manuals, rendered by pdftoppm at 300 dpi;
+#   receipts: shop receipts drawn with Qt as a phone photographs them (askew, blurred, grainy);
+#   signs_SCRIPT: street signs in Latin, Cyrillic, Greek, CJK and Arabic letters, likewise;
 #   faces:  the photos with faces that opencv-doc ships;
 #   scenes: its photos of things with neither faces nor text.
 # Every picture is made a camera-sized JPEG (up to 6000x4000, 4:2:0) and turned losslessly by
@@ -47,6 +49,24 @@ if [ ! -d "$set" ]; then
     # Each upright picture turned the three other ways; the list gives the clockwise quarter
     # turns that bring each copy back upright.
     for f in "$set"/*.jpg; do
+        for way in 90 180 270; do
+            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
+        done
+    done
+fi
+
+# Receipts and signs came later: made once too, into a set that may already hold the others.
+if [ ! -f "$set/receipts-000.jpg" ]; then
+    echo "Drawing receipts and street signs (once)..." >&2
+    drawn="$set/drawn"
+    mkdir -p "$drawn"
+    QT_QPA_PLATFORM=offscreen "$bench" --receipts "$drawn" 20
+    QT_QPA_PLATFORM=offscreen "$bench" --signs "$drawn" 4
+    for f in "$drawn"/receipt*.jpg; do n=$(basename "$f" .jpg); camera "receipts-${n#receipt}" "$f"; done
+    for f in "$drawn"/signs_*.jpg; do camera "$(basename "$f" .jpg)" "$f"; done
+    rm -rf "$drawn"
+    for f in "$set"/receipts-*.jpg "$set"/signs_*.jpg; do
+        case $f in *.r*.jpg) continue ;; esac
         for way in 90 180 270; do
             jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
         done

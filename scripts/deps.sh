@@ -15,7 +15,7 @@ packages=(
     xvfb xauth
 )
 if [ "${1:-}" = "--bench" ]; then
-    packages+=(imagemagick hyperfine exiftran jhead xdotool)
+    packages+=(imagemagick hyperfine exiftran jhead xdotool fonts-droid-fallback)
 fi
 
 missing=()

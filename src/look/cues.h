@@ -16,8 +16,15 @@ struct CueReading {
     int count = 0;
 };
 
+// Two cascades for faces: a quick one (local binary patterns) that finds the places worth a
+// look, and a careful one (Haar features) that confirms each at full size.
+struct FaceModels {
+    cv::CascadeClassifier quick;
+    cv::CascadeClassifier careful;
+};
+
 // Upright faces, looked for at each of the four turns of a grey picture.
-[[nodiscard]] CueReading readfaces(cv::CascadeClassifier& faces, const cv::Mat& grey);
+[[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey);
 
 // Lines of text: their direction, then which of their two sides the letters' tall strokes rise
 // on, as Latin and many other scripts have far more ascenders than descenders.

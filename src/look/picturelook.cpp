@@ -12,7 +12,8 @@ namespace pivotel {
 
 namespace {
 
-const QString facemodel = QStringLiteral("haarcascades/haarcascade_frontalface_alt2.xml");
+const QString quickfacemodel = QStringLiteral("lbpcascades/lbpcascade_frontalface.xml");
+const QString carefulfacemodel = QStringLiteral("haarcascades/haarcascade_frontalface_alt2.xml");
 // Text wants its letters a few pixels high: the reduced decode covers this long side, which the
 // decoder's 1/4 reduction of a 24-megapixel photo does.
 constexpr int lookside = 1200;
@@ -41,10 +42,24 @@ cv::Mat greyof(const QImage& picture) {
         .clone();
 }
 
+Status loadmodel(cv::CascadeClassifier& model, const QString& folder, const QString& name) {
+    const QString file = QDir(folder).filePath(name);
+    if (!QFileInfo(file).isFile())
+        return Status::failure(
+            QStringLiteral("the face model %1 is missing (Debian package opencv-data)").arg(file));
+    try {
+        if (!model.load(file.toStdString()))
+            return Status::failure(QStringLiteral("the face model %1 can't be read").arg(file));
+    } catch (const cv::Exception& e) {
+        return Status::failure(QStringLiteral("the face model %1 can't be read: %2").arg(file, e.what()));
+    }
+    return Status::success();
+}
+
 } // namespace
 
 struct PictureLook::Models {
-    cv::CascadeClassifier faces;
+    look::FaceModels faces;
 };
 
 QString lookmodelfolder() {
@@ -65,19 +80,15 @@ bool needslook(const QString& path) {
 }
 
 Result<std::unique_ptr<PictureLook>> PictureLook::open(const QString& modelfolder) {
-    const QString file = QDir(modelfolder).filePath(facemodel);
-    if (!QFileInfo(file).isFile())
-        return Status::failure(
-            QStringLiteral("the face model %1 is missing (Debian package opencv-data)").arg(file));
     // A photo is looked at on one thread: batches give each core a photo of its own, where
     // OpenCV's own threads would only contend with them.
     cv::setNumThreads(1);
     auto models = std::make_unique<Models>();
-    try {
-        if (!models->faces.load(file.toStdString()))
-            return Status::failure(QStringLiteral("the face model %1 can't be read").arg(file));
-    } catch (const cv::Exception& e) {
-        return Status::failure(QStringLiteral("the face model %1 can't be read: %2").arg(file, e.what()));
+    for (const auto& [model, name] : {std::pair{&models->faces.quick, quickfacemodel},
+                                      std::pair{&models->faces.careful, carefulfacemodel}}) {
+        Status loaded = loadmodel(*model, modelfolder, name);
+        if (!loaded)
+            return loaded;
     }
     return std::unique_ptr<PictureLook>(new PictureLook(std::move(models)));
 }

@@ -20,6 +20,9 @@ constexpr int fewestlines = 3;
 constexpr int majority = 3;
 // How much more ink one side of a line must hold than the other to vote.
 constexpr double sidemargin = 1.5;
+// How far the ground on the two sides of a line may differ, in grey levels: a row of specks
+// along a straight edge between light and dark (a wall, a plate) is not a line of text.
+constexpr double groundgap = 20;
 
 struct Marks {
     cv::Mat mask; // the letter-sized marks only, 255 on 0
@@ -147,6 +150,21 @@ int sideofline(const cv::Mat& mask, const cv::Rect& line) {
     return 0;
 }
 
+// Whether the ground just above a line and just below it (the pixels that aren't marks) is alike,
+// as the paper or plate around a line of text is.
+bool onevenground(const cv::Mat& grey, const cv::Mat& mask, const cv::Rect& line) {
+    const cv::Rect whole(0, 0, grey.cols, grey.rows);
+    const cv::Rect above = cv::Rect(line.x, line.y - line.height, line.width, line.height) & whole;
+    const cv::Rect below = cv::Rect(line.x, line.y + line.height, line.width, line.height) & whole;
+    if (above.empty() || below.empty())
+        return true;
+    cv::Mat groundabove, groundbelow;
+    cv::bitwise_not(mask(above), groundabove);
+    cv::bitwise_not(mask(below), groundbelow);
+    return std::abs(cv::mean(grey(above), groundabove)[0] - cv::mean(grey(below), groundbelow)[0]) <=
+           groundgap;
+}
+
 } // namespace
 
 CueReading readtext(const cv::Mat& grey) {
@@ -159,9 +177,13 @@ CueReading readtext(const cv::Mat& grey) {
     if (quarter < 0)
         return reading;
     cv::Mat frame = marks.mask;
-    if (quarter == 1)
+    cv::Mat ground = grey;
+    if (quarter == 1) {
         cv::rotate(marks.mask, frame, cv::ROTATE_90_CLOCKWISE);
-    const std::vector<cv::Rect> lines = findlines(frame, marks.size);
+        cv::rotate(grey, ground, cv::ROTATE_90_CLOCKWISE);
+    }
+    std::vector<cv::Rect> lines = findlines(frame, marks.size);
+    std::erase_if(lines, [&](const cv::Rect& line) { return !onevenground(ground, frame, line); });
     if (static_cast<int>(lines.size()) < fewestlines)
         return reading;
     int up = 0, down = 0;

@@ -1,6 +1,9 @@
 #include "look/lookbatch.h"
 #include "look/picturelook.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -77,17 +80,28 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
     }
 }
 
-TEST(Look, WithoutItsModelTheCheckSaysWhyAndLooksAtNothing) {
-    QTemporaryDir empty;
-    const auto look = PictureLook::open(empty.path());
-    ASSERT_FALSE(look);
-    EXPECT_TRUE(look.reason().contains("opencv-data")) << qPrintable(look.reason());
-    EXPECT_FALSE(lookavailable(empty.path()));
-    qputenv("PIVOTEL_LOOK_MODELS", empty.path().toUtf8());
-    int called = 0;
-    const Status batch =
-        lookatphotos({empty.filePath("a.jpg")}, 1, [&](qsizetype, const LookVerdict&) { ++called; });
-    qunsetenv("PIVOTEL_LOOK_MODELS");
-    EXPECT_EQ(batch.reason(), look.reason());
-    EXPECT_EQ(called, 0);
+TEST(Look, WithoutEitherFaceModelTheCheckSaysWhichAndLooksAtNothing) {
+    // Each case: the model the folder holds, and the missing one the reason must name.
+    const QString quick = QStringLiteral("lbpcascades/lbpcascade_frontalface.xml");
+    const QString careful = QStringLiteral("haarcascades/haarcascade_frontalface_alt2.xml");
+    for (const auto& [present, missing] :
+         {std::pair{QString(), quick}, std::pair{quick, careful}, std::pair{careful, quick}}) {
+        QTemporaryDir folder;
+        if (!present.isEmpty()) {
+            QDir(folder.path()).mkpath(QFileInfo(present).path());
+            ASSERT_TRUE(
+                QFile::copy(QStringLiteral("/usr/share/opencv4/") + present, folder.filePath(present)));
+        }
+        const auto look = PictureLook::open(folder.path());
+        ASSERT_FALSE(look) << qPrintable(present);
+        EXPECT_TRUE(look.reason().contains(missing) && look.reason().contains("opencv-data"))
+            << qPrintable(look.reason());
+        qputenv("PIVOTEL_LOOK_MODELS", folder.path().toUtf8());
+        int called = 0;
+        const Status batch =
+            lookatphotos({folder.filePath("a.jpg")}, 1, [&](qsizetype, const LookVerdict&) { ++called; });
+        qunsetenv("PIVOTEL_LOOK_MODELS");
+        EXPECT_EQ(batch.reason(), look.reason());
+        EXPECT_EQ(called, 0);
+    }
 }
