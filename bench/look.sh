@@ -5,7 +5,9 @@
 #   receipts: shop receipts drawn with Qt as a phone photographs them (askew, blurred, grainy);
 #   signs_SCRIPT: street signs in Latin, Cyrillic, Greek, CJK and Arabic letters, likewise;
 #   faces:  the photos with faces that opencv-doc ships;
-#   scenes: its photos of things with neither faces nor text.
+#   scenes: its photos of things with neither faces nor text;
+#   manual: every third picture of OpenCV's HTML manual (diagrams, screenshots, photos, plots),
+#           upright as published, for false suggestions on pictures nobody chose for a cue.
 # Every picture is made a camera-sized JPEG (up to 6000x4000, 4:2:0) and turned losslessly by
 # jpegtran each of the four ways. Prints precision (right suggestions of all suggestions),
 # coverage (right suggestions of the turned copies), false turns of upright copies,
@@ -69,6 +71,22 @@ if [ ! -f "$set/receipts-000.jpg" ]; then
         case $f in *.r*.jpg) continue ;; esac
         for way in 90 180 270; do
             jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
+        done
+    done
+fi
+
+# The manual's pictures came later still. Left out: a newspaper page published sideways.
+if [ ! -f "$set/manual-001.jpg" ]; then
+    echo "Taking pictures from OpenCV's manual (once)..." >&2
+    n=0
+    find "$html" -type f \( -name '*.jpg' -o -name '*.png' \) -size +20k | LC_ALL=C sort |
+        awk 'NR % 3 == 0' | grep -v '/affinepano\.jpg$' | head -140 | while read -r f; do
+        n=$((n + 1))
+        name=$(printf 'manual-%03d' "$n")
+        /usr/bin/convert "$f" -background white -flatten -resize '6000x4000>' -resize '6000x4000<' \
+            -quality 90 -sampling-factor 2x2 "$set/$name.jpg" || continue
+        for way in 90 180 270; do
+            jpegtran -copy all -rotate $way -outfile "$set/$name.r$way.jpg" "$set/$name.jpg"
         done
     done
 fi
