@@ -53,8 +53,8 @@ set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "libqt6core6 (>= 6.4), libqt6gui6 (>= 6.4), libqt6widgets6 (>= 6.4), libqt6dbus6 (>= 6.4), qt6-qpa-plugins, \
 libturbojpeg0 (>= 1:2.1), libjpeg62-turbo (>= 1:2.1), libexempi8, libcurl4 (>= 7.16.2), \
-libopencv-core406, libopencv-imgproc406, libopencv-objdetect406, \
+libopencv-core406, libopencv-imgproc406, libopencv-objdetect406, libtesseract5, \
 libimage-exiftool-perl, libc6 (>= 2.34), libstdc++6 (>= 12), libgcc-s1")
-# The picture check's face model: without it the check says so and the rest works.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "opencv-data")
+# The picture check's face and text models: without them the check says so and the rest works.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "opencv-data, tesseract-ocr-osd")
 include(CPack)

@@ -8,6 +8,7 @@ packages=(
     libturbojpeg0-dev libjpeg62-turbo-dev libjpeg-turbo-progs
     libexempi-dev libcurl4-openssl-dev
     libopencv-core-dev libopencv-imgproc-dev libopencv-objdetect-dev opencv-data opencv-doc
+    libtesseract-dev tesseract-ocr-osd
     libimage-exiftool-perl clang-tidy
     desktop-file-utils appstream man-db
     googletest libgtest-dev

@@ -2,9 +2,13 @@
 
 // The cues themselves, on OpenCV's pictures; only src/look/ sees this.
 
+#include "support/status.h"
+
 #include <QString>
+#include <memory>
 #include <opencv2/core.hpp>
 #include <opencv2/objdetect.hpp>
+#include <vector>
 
 namespace pivotel::look {
 
@@ -26,8 +30,41 @@ struct FaceModels {
 // Upright faces, looked for at each of the four turns of a grey picture.
 [[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey);
 
-// Lines of text: their direction, then which of their two sides the letters' tall strokes rise
-// on, as Latin and many other scripts have far more ascenders than descenders.
-[[nodiscard]] CueReading readtext(const cv::Mat& grey);
+// Lines of text found in a picture, with the picture turned so that they run along its rows.
+struct TextLines {
+    int quarter = -1; // quarter turns clockwise from the picture to `ground`; -1: no text
+    cv::Mat ground;   // the grey picture so turned
+    cv::Mat ink;      // its letter-sized marks, 255 on 0
+    int size = 0;     // a typical letter's larger side, in pixels
+    std::vector<cv::Rect> lines;
+    // Per line, +1 when ink rises above its dense middle band more than it hangs below it (tall
+    // strokes up, as lower-case letters have them), -1 for the reverse, 0 when neither.
+    std::vector<int> sides;
+};
+[[nodiscard]] TextLines findtextlines(const cv::Mat& grey);
+
+// Which of the lines' two sides the letters' tall strokes rise on, as Latin and many other
+// scripts have far more ascenders than descenders.
+[[nodiscard]] CueReading readtext(const TextLines& text);
+
+// The letters' own shapes, read by Tesseract's orientation detection (Debian's tesseract-ocr-osd)
+// on the lines' region: for text whose strokes don't tell, as capitals and figures don't. One
+// object serves one thread at a time.
+class LetterShapes {
+  public:
+    // Fails, with a reason a user can read, when the model can't be loaded.
+    static Result<std::unique_ptr<LetterShapes>> open(const QString& modelfolder);
+    ~LetterShapes();
+    LetterShapes(const LetterShapes&) = delete;
+    LetterShapes& operator=(const LetterShapes&) = delete;
+
+    // Upright or upside down, of lines already found; unclear when the letters don't say.
+    [[nodiscard]] CueReading read(const TextLines& text);
+
+  private:
+    struct Engine;
+    explicit LetterShapes(std::unique_ptr<Engine> engine);
+    std::unique_ptr<Engine> engine_;
+};
 
 } // namespace pivotel::look

@@ -60,6 +60,16 @@ Status loadmodel(cv::CascadeClassifier& model, const QString& folder, const QStr
 
 struct PictureLook::Models {
     look::FaceModels faces;
+    std::unique_ptr<look::LetterShapes> letters;
+
+    // Lines of text, read by their tall strokes and, where those don't tell, by their letters.
+    look::CueReading readtext(const cv::Mat& grey) const {
+        const look::TextLines lines = look::findtextlines(grey);
+        const look::CueReading strokes = look::readtext(lines);
+        if (strokes.clear || lines.quarter < 0)
+            return strokes;
+        return letters->read(lines);
+    }
 };
 
 QString lookmodelfolder() {
@@ -67,8 +77,13 @@ QString lookmodelfolder() {
     return chosen.isEmpty() ? QStringLiteral("/usr/share/opencv4") : chosen;
 }
 
-Status lookavailable(const QString& modelfolder) {
-    return PictureLook::open(modelfolder).status();
+QString textmodelfolder() {
+    const QString chosen = qEnvironmentVariable("PIVOTEL_TEXT_MODELS");
+    return chosen.isEmpty() ? QStringLiteral("/usr/share/tesseract-ocr/5/tessdata") : chosen;
+}
+
+Status lookavailable(const QString& modelfolder, const QString& textfolder) {
+    return PictureLook::open(modelfolder, textfolder).status();
 }
 
 bool needslook(const QString& path) {
@@ -79,7 +94,8 @@ bool needslook(const QString& path) {
     return orientation == 0 || orientation == 1;
 }
 
-Result<std::unique_ptr<PictureLook>> PictureLook::open(const QString& modelfolder) {
+Result<std::unique_ptr<PictureLook>> PictureLook::open(const QString& modelfolder,
+                                                       const QString& textfolder) {
     // A photo is looked at on one thread: batches give each core a photo of its own, where
     // OpenCV's own threads would only contend with them.
     cv::setNumThreads(1);
@@ -90,6 +106,10 @@ Result<std::unique_ptr<PictureLook>> PictureLook::open(const QString& modelfolde
         if (!loaded)
             return loaded;
     }
+    auto letters = look::LetterShapes::open(textfolder);
+    if (!letters)
+        return letters.status();
+    models->letters = std::move(letters).value();
     return std::unique_ptr<PictureLook>(new PictureLook(std::move(models)));
 }
 
@@ -121,7 +141,7 @@ LookVerdict PictureLook::facecue(const QImage& picture) {
 
 LookVerdict PictureLook::textcue(const QImage& picture) {
     try {
-        return verdictof(look::readtext(greyof(picture)), QStringLiteral("text"),
+        return verdictof(models_->readtext(greyof(picture)), QStringLiteral("text"),
                          QStringLiteral("line of text"), QStringLiteral("lines of text"));
     } catch (const cv::Exception&) {
         return {};
@@ -134,7 +154,7 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
     try {
         const cv::Mat grey = greyof(picture);
         const look::CueReading faces = look::readfaces(models_->faces, grey);
-        const look::CueReading text = look::readtext(grey);
+        const look::CueReading text = models_->readtext(grey);
         // A cue that sees the picture upright, or another turn, vetoes the other's turn.
         if (faces.clear && text.clear && faces.turns != text.turns)
             return {};

@@ -12,9 +12,14 @@ namespace pivotel {
 // The folder of OpenCV's cascades (Debian's opencv-data); PIVOTEL_LOOK_MODELS overrides it.
 [[nodiscard]] QString lookmodelfolder();
 
+// The folder of Tesseract's orientation model (Debian's tesseract-ocr-osd); PIVOTEL_TEXT_MODELS
+// overrides it.
+[[nodiscard]] QString textmodelfolder();
+
 // Whether the picture check can run: fails, with a reason a user can read, when the models are
 // missing or unreadable.
-[[nodiscard]] Status lookavailable(const QString& modelfolder = lookmodelfolder());
+[[nodiscard]] Status lookavailable(const QString& modelfolder = lookmodelfolder(),
+                                   const QString& textfolder = textmodelfolder());
 
 // True when the photo's EXIF orientation leaves its upright open: no orientation, 0 or 1.
 // False for a file that can't be read as a JPEG.
@@ -25,7 +30,8 @@ namespace pivotel {
 // serves one thread at a time; it loads its models once.
 class PictureLook {
   public:
-    static Result<std::unique_ptr<PictureLook>> open(const QString& modelfolder = lookmodelfolder());
+    static Result<std::unique_ptr<PictureLook>> open(const QString& modelfolder = lookmodelfolder(),
+                                                     const QString& textfolder = textmodelfolder());
     ~PictureLook();
     PictureLook(const PictureLook&) = delete;
     PictureLook& operator=(const PictureLook&) = delete;

@@ -167,35 +167,46 @@ bool onevenground(const cv::Mat& grey, const cv::Mat& mask, const cv::Rect& line
 
 } // namespace
 
-CueReading readtext(const cv::Mat& grey) {
-    CueReading reading;
+TextLines findtextlines(const cv::Mat& grey) {
+    TextLines found;
     const Marks marks = findmarks(grey);
     if (marks.mask.empty())
-        return reading;
+        return found;
     // Lines along the columns run along the rows of the picture turned a quarter clockwise.
     const int quarter = linedirection(marks);
     if (quarter < 0)
-        return reading;
-    cv::Mat frame = marks.mask;
-    cv::Mat ground = grey;
+        return found;
+    found.ink = marks.mask;
+    found.ground = grey;
     if (quarter == 1) {
-        cv::rotate(marks.mask, frame, cv::ROTATE_90_CLOCKWISE);
-        cv::rotate(grey, ground, cv::ROTATE_90_CLOCKWISE);
+        cv::rotate(marks.mask, found.ink, cv::ROTATE_90_CLOCKWISE);
+        cv::rotate(grey, found.ground, cv::ROTATE_90_CLOCKWISE);
     }
-    std::vector<cv::Rect> lines = findlines(frame, marks.size);
-    std::erase_if(lines, [&](const cv::Rect& line) { return !onevenground(ground, frame, line); });
-    if (static_cast<int>(lines.size()) < fewestlines)
+    found.lines = findlines(found.ink, marks.size);
+    std::erase_if(found.lines,
+                  [&](const cv::Rect& line) { return !onevenground(found.ground, found.ink, line); });
+    if (static_cast<int>(found.lines.size()) < fewestlines)
+        return {};
+    found.quarter = quarter;
+    found.size = marks.size;
+    for (const cv::Rect& line : found.lines)
+        found.sides.push_back(sideofline(found.ink, line));
+    return found;
+}
+
+CueReading readtext(const TextLines& text) {
+    CueReading reading;
+    if (text.quarter < 0)
         return reading;
     int up = 0, down = 0;
-    for (const cv::Rect& line : lines) {
-        const int side = sideofline(frame, line);
+    for (const int side : text.sides) {
         up += side > 0;
         down += side < 0;
     }
     if (up >= fewestlines && up >= majority * down) {
-        reading = {true, quarter, up};
+        reading = {true, text.quarter, up};
     } else if (down >= fewestlines && down >= majority * up) {
-        reading = {true, quarter + 2, down};
+        reading = {true, text.quarter + 2, down};
     }
     return reading;
 }

@@ -29,6 +29,30 @@ QImage textpage() {
     return page;
 }
 
+// A list in capitals and figures, as receipts and forms print them: the tall strokes of capitals
+// don't tell up from down, only the letters' shapes do, and in a typewriter face not clearly.
+QImage capitals(const char* family) {
+    QImage paper(1000, 1400, QImage::Format_RGB888);
+    paper.fill(QColor(240, 238, 230));
+    QPainter painter(&paper);
+    QFont font(QString::fromLatin1(family));
+    font.setPixelSize(30);
+    painter.setFont(font);
+    painter.setPen(QColor(50, 40, 40));
+    const char* items[] = {"RICE 2KG",  "BANANAS",       "COFFEE BEANS", "TEA BAGS",
+                           "MILK 1L",   "BUTTER",        "ORANGE JUICE", "PAPER TOWELS",
+                           "APPLES KG", "PASTA FUSILLI", "TOMATOES",     "TOTAL"};
+    painter.drawText(250, 80, QStringLiteral("CORNER MARKET, 12 HIGH STREET"));
+    int y = 160;
+    for (int i = 0; i < 24; ++i, y += 48)
+        painter.drawText(100, y,
+                         QStringLiteral("%1 %2.%3")
+                             .arg(QLatin1String(items[i % 12]), -16)
+                             .arg(3 + i * 7 % 20)
+                             .arg(i * 37 % 100, 2, 10, QLatin1Char('0')));
+    return paper;
+}
+
 // Sky over a field: broad shading and noise, nothing upright.
 QImage plainscene() {
     QImage scene(1600, 1200, QImage::Format_RGB888);
@@ -65,6 +89,8 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
         QString kind; // the cue that must suggest each turn; empty: no suggestion at any
     };
     for (const Case& c : {Case{"text", textpage(), QStringLiteral("text")},
+                          Case{"capitals", capitals("DejaVu Serif"), QStringLiteral("text")},
+                          Case{"typewriter", capitals("DejaVu Sans Mono"), {}},
                           Case{"faces", faces, QStringLiteral("faces")}, Case{"scene", plainscene(), {}}}) {
         for (int turns = 0; turns < 4; ++turns) {
             const QString path = dir.filePath(QStringLiteral("%1%2.jpg").arg(c.name).arg(turns));
@@ -80,27 +106,40 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
     }
 }
 
-TEST(Look, WithoutEitherFaceModelTheCheckSaysWhichAndLooksAtNothing) {
-    // Each case: the model the folder holds, and the missing one the reason must name.
+TEST(Look, WithoutAModelTheCheckSaysWhichAndLooksAtNothing) {
+    // Each case: the face models the folder holds, whether the text model is there, and the
+    // missing file and package the reason must name.
     const QString quick = QStringLiteral("lbpcascades/lbpcascade_frontalface.xml");
     const QString careful = QStringLiteral("haarcascades/haarcascade_frontalface_alt2.xml");
-    for (const auto& [present, missing] :
-         {std::pair{QString(), quick}, std::pair{quick, careful}, std::pair{careful, quick}}) {
-        QTemporaryDir folder;
-        if (!present.isEmpty()) {
-            QDir(folder.path()).mkpath(QFileInfo(present).path());
-            ASSERT_TRUE(
-                QFile::copy(QStringLiteral("/usr/share/opencv4/") + present, folder.filePath(present)));
+    const QString osd = QStringLiteral("osd.traineddata");
+    struct Case {
+        QStringList present;
+        bool text;
+        QString missing;
+        const char* package;
+    };
+    for (const Case& c : {Case{{}, true, quick, "opencv-data"}, Case{{quick}, true, careful, "opencv-data"},
+                          Case{{careful}, true, quick, "opencv-data"},
+                          Case{{quick, careful}, false, osd, "tesseract-ocr-osd"}}) {
+        QTemporaryDir faces, text;
+        for (const QString& model : c.present) {
+            QDir(faces.path()).mkpath(QFileInfo(model).path());
+            ASSERT_TRUE(QFile::copy(QStringLiteral("/usr/share/opencv4/") + model, faces.filePath(model)));
         }
-        const auto look = PictureLook::open(folder.path());
-        ASSERT_FALSE(look) << qPrintable(present);
-        EXPECT_TRUE(look.reason().contains(missing) && look.reason().contains("opencv-data"))
+        if (c.text) {
+            ASSERT_TRUE(QFile::copy(textmodelfolder() + QLatin1Char('/') + osd, text.filePath(osd)));
+        }
+        const auto look = PictureLook::open(faces.path(), text.path());
+        ASSERT_FALSE(look) << qPrintable(c.missing);
+        EXPECT_TRUE(look.reason().contains(c.missing) && look.reason().contains(c.package))
             << qPrintable(look.reason());
-        qputenv("PIVOTEL_LOOK_MODELS", folder.path().toUtf8());
+        qputenv("PIVOTEL_LOOK_MODELS", faces.path().toUtf8());
+        qputenv("PIVOTEL_TEXT_MODELS", text.path().toUtf8());
         int called = 0;
         const Status batch =
-            lookatphotos({folder.filePath("a.jpg")}, 1, [&](qsizetype, const LookVerdict&) { ++called; });
+            lookatphotos({faces.filePath("a.jpg")}, 1, [&](qsizetype, const LookVerdict&) { ++called; });
         qunsetenv("PIVOTEL_LOOK_MODELS");
+        qunsetenv("PIVOTEL_TEXT_MODELS");
         EXPECT_EQ(batch.reason(), look.reason());
         EXPECT_EQ(called, 0);
     }
