@@ -37,9 +37,6 @@ struct TextLines {
     cv::Mat ink;      // its letter-sized marks, 255 on 0
     int size = 0;     // a typical letter's larger side, in pixels
     std::vector<cv::Rect> lines;
-    // Per line, +1 when ink rises above its dense middle band more than it hangs below it (tall
-    // strokes up, as lower-case letters have them), -1 for the reverse, 0 when neither.
-    std::vector<int> sides;
 };
 [[nodiscard]] TextLines findtextlines(const cv::Mat& grey);
 

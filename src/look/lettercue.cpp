@@ -96,7 +96,7 @@ LetterShapes::~LetterShapes() {
 }
 
 CueReading LetterShapes::read(const TextLines& text) {
-    if (text.quarter < 0 || text.lines.empty() || text.size <= 0)
+    if (text.quarter < 0)
         return {};
     const cv::Mat letters = stackedlines(text);
     tesseract::TessBaseAPI& api = engine_->api;

@@ -14,14 +14,15 @@ namespace pivotel {
 Status lookatphotos(const QStringList& paths, int jobs,
                     const std::function<void(qsizetype, const LookVerdict&)>& ondone,
                     const std::function<bool()>& stopped) {
-    Status available = lookavailable();
-    if (!available)
-        return available;
+    // The calling thread's own models tell whether the check can run at all: Tesseract's model is
+    // loaded once per thread, not once more to ask.
+    auto first = PictureLook::open();
+    if (!first)
+        return first.status();
     const int workers =
         std::max(1, std::min(jobs > 0 ? jobs : QThread::idealThreadCount(), static_cast<int>(paths.size())));
     std::atomic<qsizetype> next{0};
-    const auto work = [&] {
-        auto look = PictureLook::open();
+    const auto work = [&](std::unique_ptr<PictureLook> look) {
         for (qsizetype i = next++; i < paths.size(); i = next++) {
             if (stopped && stopped())
                 return;
@@ -29,14 +30,17 @@ Status lookatphotos(const QStringList& paths, int jobs,
             if (!needslook(paths[i]))
                 verdict.hasorientation = true;
             else if (look)
-                verdict = look.value()->lookatphoto(paths[i]);
+                verdict = look->lookatphoto(paths[i]);
             ondone(i, verdict);
         }
     };
     std::vector<std::thread> threads;
     for (int w = 1; w < workers; ++w)
-        threads.emplace_back(work);
-    work();
+        threads.emplace_back([&] {
+            auto look = PictureLook::open();
+            work(look ? std::move(look).value() : nullptr);
+        });
+    work(std::move(first).value());
     for (std::thread& t : threads)
         t.join();
     return Status::success();

@@ -82,10 +82,6 @@ QString textmodelfolder() {
     return chosen.isEmpty() ? QStringLiteral("/usr/share/tesseract-ocr/5/tessdata") : chosen;
 }
 
-Status lookavailable(const QString& modelfolder, const QString& textfolder) {
-    return PictureLook::open(modelfolder, textfolder).status();
-}
-
 bool needslook(const QString& path) {
     const auto header = readjpegheader(path);
     if (!header)

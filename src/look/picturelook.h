@@ -16,20 +16,17 @@ namespace pivotel {
 // overrides it.
 [[nodiscard]] QString textmodelfolder();
 
-// Whether the picture check can run: fails, with a reason a user can read, when the models are
-// missing or unreadable.
-[[nodiscard]] Status lookavailable(const QString& modelfolder = lookmodelfolder(),
-                                   const QString& textfolder = textmodelfolder());
-
 // True when the photo's EXIF orientation leaves its upright open: no orientation, 0 or 1.
 // False for a file that can't be read as a JPEG.
 [[nodiscard]] bool needslook(const QString& path);
 
 // Looks at pictures for cues to their upright: upright faces at each of the four turns, and the
-// direction of lines of text. Suggests a turn only when the cues are clear and agree. One object
+// direction and letters of lines of text. Suggests a turn only when the cues are clear and agree. One object
 // serves one thread at a time; it loads its models once.
 class PictureLook {
   public:
+    // Fails, with a reason a user can read, when a model is missing or unreadable: the check
+    // can't run.
     static Result<std::unique_ptr<PictureLook>> open(const QString& modelfolder = lookmodelfolder(),
                                                      const QString& textfolder = textmodelfolder());
     ~PictureLook();

@@ -189,8 +189,6 @@ TextLines findtextlines(const cv::Mat& grey) {
         return {};
     found.quarter = quarter;
     found.size = marks.size;
-    for (const cv::Rect& line : found.lines)
-        found.sides.push_back(sideofline(found.ink, line));
     return found;
 }
 
@@ -199,7 +197,8 @@ CueReading readtext(const TextLines& text) {
     if (text.quarter < 0)
         return reading;
     int up = 0, down = 0;
-    for (const int side : text.sides) {
+    for (const cv::Rect& line : text.lines) {
+        const int side = sideofline(text.ink, line);
         up += side > 0;
         down += side < 0;
     }
