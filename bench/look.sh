@@ -4,7 +4,8 @@
 #   pages:  pages of the machine's PDF manuals, rendered by pdftoppm at 300 dpi;
 #   receipts: shop receipts drawn with Qt as a phone photographs them (askew, blurred, grainy);
 #   signs_SCRIPT: street signs in Latin, Cyrillic, Greek, CJK and Arabic letters, likewise;
-#   faces:  the photos with faces that opencv-doc ships;
+#   faces:  the photos with faces that opencv-doc ships, and portraits and a group photo from
+#           matplotlib's, scikit-image's and bagel's packages (downloaded, not installed);
 #   scenes: its photos of things with neither faces nor text;
 #   manual: every third picture of OpenCV's HTML manual (diagrams, screenshots, photos, plots),
 #           upright as published, for false suggestions on pictures nobody chose for a cue.
@@ -73,6 +74,26 @@ if [ ! -f "$set/receipts-000.jpg" ]; then
             jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
         done
     done
+fi
+
+# More faces, from packages that ship portraits and a group photo for their own examples: taken
+# out of the downloaded packages rather than installed, as they bring whole stacks with them.
+if [ ! -f "$set/faces-grace_hopper.jpg" ]; then
+    echo "Fetching face pictures from Debian packages (once)..." >&2
+    debs="$out/debs"
+    mkdir -p "$debs"
+    (cd "$debs" && apt-get download python-matplotlib-data python3-skimage bagel >/dev/null)
+    for deb in "$debs"/*.deb; do dpkg-deb -x "$deb" "$debs/files"; done
+    for f in usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg \
+        usr/lib/python3/dist-packages/skimage/data/astronaut.png \
+        usr/lib/python3/dist-packages/skimage/data/camera.png usr/share/doc/bagel/html/_static/group.jpg; do
+        name=$(basename "$f")
+        camera "faces-${name%.*}" "$debs/files/$f"
+        for way in 90 180 270; do
+            jpegtran -copy all -rotate $way -outfile "$set/faces-${name%.*}.r$way.jpg" "$set/faces-${name%.*}.jpg"
+        done
+    done
+    rm -rf "$debs"
 fi
 
 # The manual's pictures came later still. Left out: a newspaper page published sideways.

@@ -5,6 +5,7 @@
 #include "support/status.h"
 
 #include <QString>
+#include <functional>
 #include <memory>
 #include <opencv2/core.hpp>
 #include <opencv2/objdetect.hpp>
@@ -27,8 +28,11 @@ struct FaceModels {
     cv::CascadeClassifier careful;
 };
 
-// Upright faces, looked for at each of the four turns of a grey picture.
-[[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey);
+// Upright faces, looked for at each of the four turns of a grey picture. `colourof` gives the
+// same picture in RGB, asked for only once a face is found: a face must show skin tones in it,
+// unless the picture has no colour at all.
+[[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey,
+                                   const std::function<cv::Mat()>& colourof);
 
 // Lines of text found in a picture, with the picture turned so that they run along its rows.
 struct TextLines {

@@ -35,6 +35,13 @@ LookVerdict verdictof(const look::CueReading& reading, const QString& kind, cons
     return verdict;
 }
 
+cv::Mat colourof(const QImage& picture) {
+    const QImage rgb = picture.convertToFormat(QImage::Format_RGB888);
+    return cv::Mat(rgb.height(), rgb.width(), CV_8UC3, const_cast<uchar*>(rgb.constBits()),
+                   static_cast<size_t>(rgb.bytesPerLine()))
+        .clone();
+}
+
 cv::Mat greyof(const QImage& picture) {
     const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
     return cv::Mat(grey.height(), grey.width(), CV_8U, const_cast<uchar*>(grey.constBits()),
@@ -128,8 +135,8 @@ LookVerdict PictureLook::lookatphoto(const QString& path) {
 
 LookVerdict PictureLook::facecue(const QImage& picture) {
     try {
-        return verdictof(look::readfaces(models_->faces, greyof(picture)), QStringLiteral("faces"),
-                         QStringLiteral("face"), QStringLiteral("faces"));
+        return verdictof(look::readfaces(models_->faces, greyof(picture), [&] { return colourof(picture); }),
+                         QStringLiteral("faces"), QStringLiteral("face"), QStringLiteral("faces"));
     } catch (const cv::Exception&) {
         return {};
     }
@@ -149,7 +156,8 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
         return {};
     try {
         const cv::Mat grey = greyof(picture);
-        const look::CueReading faces = look::readfaces(models_->faces, grey);
+        const look::CueReading faces =
+            look::readfaces(models_->faces, grey, [&] { return colourof(picture); });
         const look::CueReading text = models_->readtext(grey);
         // A cue that sees the picture upright, or another turn, vetoes the other's turn.
         if (faces.clear && text.clear && faces.turns != text.turns)

@@ -88,10 +88,14 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
         QImage picture;
         QString kind; // the cue that must suggest each turn; empty: no suggestion at any
     };
-    for (const Case& c : {Case{"text", textpage(), QStringLiteral("text")},
-                          Case{"capitals", capitals("DejaVu Serif"), QStringLiteral("text")},
-                          Case{"typewriter", capitals("DejaVu Sans Mono"), {}},
-                          Case{"faces", faces, QStringLiteral("faces")}, Case{"scene", plainscene(), {}}}) {
+    for (const Case& c :
+         {Case{"text", textpage(), QStringLiteral("text")},
+          Case{"capitals", capitals("DejaVu Serif"), QStringLiteral("text")},
+          Case{"typewriter", capitals("DejaVu Sans Mono"), {}}, Case{"faces", faces, QStringLiteral("faces")},
+          // A black-and-white print has no skin tones to ask for; a face in
+          // blue ones is not taken for one.
+          Case{"grey faces", faces.convertToFormat(QImage::Format_Grayscale8), QStringLiteral("faces")},
+          Case{"blue faces", faces.rgbSwapped(), {}}, Case{"scene", plainscene(), {}}}) {
         for (int turns = 0; turns < 4; ++turns) {
             const QString path = dir.filePath(QStringLiteral("%1%2.jpg").arg(c.name).arg(turns));
             const LookVerdict verdict = look.value()->lookatphoto(turnedcopy(c.picture, turns, path));
