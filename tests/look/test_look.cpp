@@ -67,6 +67,15 @@ QImage plainscene() {
     return scene;
 }
 
+// The picture in the middle of a wider frame of grass, its faces a smaller part of the whole.
+QImage widened(const QImage& picture, int width) {
+    QImage frame(width, width * picture.height() / picture.width(), QImage::Format_RGB888);
+    frame.fill(QColor(90, 110, 70));
+    QPainter(&frame).drawImage((frame.width() - picture.width()) / 2, (frame.height() - picture.height()) / 2,
+                               picture);
+    return frame;
+}
+
 // The picture turned `turns` quarter turns counterclockwise, saved as a JPEG without EXIF: it
 // needs as many clockwise turns to be upright again.
 QString turnedcopy(const QImage& upright, int turns, const QString& path) {
@@ -95,7 +104,9 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
           // A black-and-white print has no skin tones to ask for; a face in
           // blue ones is not taken for one.
           Case{"grey faces", faces.convertToFormat(QImage::Format_Grayscale8), QStringLiteral("faces")},
-          Case{"blue faces", faces.rgbSwapped(), {}}, Case{"scene", plainscene(), {}}}) {
+          Case{"blue faces", faces.rgbSwapped(), {}},
+          Case{"faces further away", widened(faces, 680), QStringLiteral("faces")},
+          Case{"scene", plainscene(), {}}}) {
         for (int turns = 0; turns < 4; ++turns) {
             const QString path = dir.filePath(QStringLiteral("%1%2.jpg").arg(c.name).arg(turns));
             const LookVerdict verdict = look.value()->lookatphoto(turnedcopy(c.picture, turns, path));
