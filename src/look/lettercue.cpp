@@ -20,9 +20,10 @@ constexpr double readsize = 24;
 // print them, are read upside down with up to 1.9.
 constexpr float leastconfidence = 2.0F;
 
-// Letters enough for Tesseract to weigh the four ways (it wants some 50); its time grows with the
-// letters it sees, so no more lines than these are shown to it.
-constexpr double enoughletters = 120;
+// Letters enough for Tesseract to weigh the four ways; its time grows with the letters it sees,
+// so no more lines than these are shown to it. Of the bench's photographed receipts it read 28%
+// of the turned copies with 80, 80% with 120 and 93% with 160, never the wrong way.
+constexpr double enoughletters = 160;
 
 // The longest lines, up to enough letters, cut out with half a letter's margin, brought to the
 // reading size and stacked on the lines' own ground: the picture around and between them (a
