@@ -31,8 +31,10 @@ struct FaceModels {
 // Upright faces, looked for at each of the four turns of a grey picture. `colourof` gives the
 // same picture in RGB, asked for only once a face is found: a face must show skin tones in it,
 // unless the picture has no colour at all.
+// Where the first look gives no clear cue and `smallfaces` is set, a second looks for smaller
+// faces, as in a group photo.
 [[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey,
-                                   const std::function<cv::Mat()>& colourof);
+                                   const std::function<cv::Mat()>& colourof, bool smallfaces = true);
 
 // Lines of text found in a picture, with the picture turned so that they run along its rows.
 struct TextLines {

@@ -124,7 +124,8 @@ bool closerlook(cv::CascadeClassifier& careful, const cv::Mat& grey, cv::Size sm
 
 } // namespace
 
-CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof) {
+CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof,
+                     bool smallfaces) {
     // The careful cascade sees the candidates with the contrast of the whole picture spread,
     // as the quick one does.
     cv::Mat even;
@@ -180,7 +181,7 @@ CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::functio
     };
     search(facesside, 0, quickstep);
     CueReading reading = read();
-    if (reading.clear)
+    if (reading.clear || !smallfaces)
         return reading;
     // Nothing clear: smaller faces, as in a group photo, are looked for in a larger picture.
     search(finerside, smallestface * finerside / facesside * 6 / 5, finerstep);

@@ -156,9 +156,10 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
         return {};
     try {
         const cv::Mat grey = greyof(picture);
-        const look::CueReading faces =
-            look::readfaces(models_->faces, grey, [&] { return colourof(picture); });
+        // Clear text needs the faces only to veto it: their first, quick look does.
         const look::CueReading text = models_->readtext(grey);
+        const look::CueReading faces = look::readfaces(
+            models_->faces, grey, [&] { return colourof(picture); }, !text.clear);
         // A cue that sees the picture upright, or another turn, vetoes the other's turn.
         if (faces.clear && text.clear && faces.turns != text.turns)
             return {};
