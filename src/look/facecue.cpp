@@ -17,12 +17,12 @@ constexpr int facesside = 400;
 constexpr int smallestface = 24;
 // The quick cascade is lenient: it only picks the places worth a closer look.
 constexpr double quickstep = 1.2;
+constexpr int quickneighbours = 1;
 // Where that gives no clear cue, faces down to a twentieth, as in a group photo, are looked for
 // at this side, in finer steps: at 20% the faces of a group fell between two sizes at one turn.
 // Doing so for every photo cost half as long again; most photos with faces don't need it.
 constexpr int finerside = 480;
 constexpr double finerstep = 1.15;
-constexpr int quickneighbours = 1;
 // A candidate is looked at again in the full picture, brought to this face size, by the slower
 // cascade, which must find it this many times over: at 8, drawn heads, a colour wheel and a lit
 // window in OpenCV's manual passed for faces at the wrong turn.
@@ -69,11 +69,10 @@ cv::Mat chromaof(const cv::Mat& colour) {
 }
 
 bool colourless(const cv::Mat& colour) {
-    cv::Mat ycrcb = chromaof(colour);
-    cv::Mat coloured;
-    cv::inRange(ycrcb, cv::Scalar(0, 122, 122), cv::Scalar(255, 134, 134), coloured);
-    const double grey = double(cv::countNonZero(coloured)) / double(coloured.total());
-    return 1.0 - grey < colouredshare;
+    cv::Mat neutral; // pixels whose chroma is within a few levels of grey
+    cv::inRange(chromaof(colour), cv::Scalar(0, 122, 122), cv::Scalar(255, 134, 134), neutral);
+    const double coloured = 1.0 - double(cv::countNonZero(neutral)) / double(neutral.total());
+    return coloured < colouredshare;
 }
 
 // Whether the middle of a face's box, in the full picture, shows skin tones.
@@ -150,7 +149,7 @@ CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::functio
             auto& confirmed = faces[static_cast<size_t>(turns)];
             for (const cv::Rect& hit : hits) {
                 const cv::Rect box = scaled(unturned(hit, small.size(), turns), up);
-                // A face the coarser search confirmed already.
+                // A face confirmed already, as the finer search sees many of the coarser one's.
                 if (std::any_of(confirmed.begin(), confirmed.end(),
                                 [&](const cv::Rect& face) { return (face & box).area() * 2 > box.area(); }))
                     continue;
