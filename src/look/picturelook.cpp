@@ -35,18 +35,20 @@ LookVerdict verdictof(const look::CueReading& reading, const QString& kind, cons
     return verdict;
 }
 
-cv::Mat colourof(const QImage& picture) {
-    const QImage rgb = picture.convertToFormat(QImage::Format_RGB888);
-    return cv::Mat(rgb.height(), rgb.width(), CV_8UC3, const_cast<uchar*>(rgb.constBits()),
-                   static_cast<size_t>(rgb.bytesPerLine()))
+// The picture in one of Qt's formats, as OpenCV's picture of the given type, owning its pixels.
+cv::Mat matof(const QImage& picture, QImage::Format format, int type) {
+    const QImage converted = picture.convertToFormat(format);
+    return cv::Mat(converted.height(), converted.width(), type, const_cast<uchar*>(converted.constBits()),
+                   static_cast<size_t>(converted.bytesPerLine()))
         .clone();
 }
 
+cv::Mat colourof(const QImage& picture) {
+    return matof(picture, QImage::Format_RGB888, CV_8UC3);
+}
+
 cv::Mat greyof(const QImage& picture) {
-    const QImage grey = picture.convertToFormat(QImage::Format_Grayscale8);
-    return cv::Mat(grey.height(), grey.width(), CV_8U, const_cast<uchar*>(grey.constBits()),
-                   static_cast<size_t>(grey.bytesPerLine()))
-        .clone();
+    return matof(picture, QImage::Format_Grayscale8, CV_8U);
 }
 
 Status loadmodel(cv::CascadeClassifier& model, const QString& folder, const QString& name) {
@@ -73,9 +75,7 @@ struct PictureLook::Models {
     look::CueReading readtext(const cv::Mat& grey) const {
         const look::TextLines lines = look::findtextlines(grey);
         const look::CueReading strokes = look::readtext(lines);
-        if (strokes.clear || lines.quarter < 0)
-            return strokes;
-        return letters->read(lines);
+        return strokes.clear ? strokes : letters->read(lines);
     }
 };
 
