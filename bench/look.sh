@@ -4,9 +4,11 @@
 #   pages:  pages of the machine's PDF manuals, rendered by pdftoppm at 300 dpi;
 #   receipts: shop receipts drawn with Qt as a phone photographs them (askew, blurred, grainy);
 #   signs_SCRIPT: street signs in Latin, Cyrillic, Greek, CJK and Arabic letters, likewise;
-#   faces:  the photos with faces that opencv-doc ships, and portraits and a group photo from
-#           matplotlib's, scikit-image's and bagel's packages (downloaded, not installed);
-#   scenes: its photos of things with neither faces nor text;
+#   faces:  the photos with faces that opencv-doc ships, portraits and a group photo from
+#           matplotlib's, scikit-image's and bagel's packages, dlib's face examples and the
+#           people in KPhotoAlbum's demo album (those four downloaded, not installed);
+#   scenes: opencv-doc's photos of things with neither faces nor text, and dlib's dogs and the
+#           album's pets and landscapes;
 #   manual: every third picture of OpenCV's HTML manual (diagrams, screenshots, photos, plots),
 #           upright as published, for false suggestions on pictures nobody chose for a cue.
 # Every picture is made a camera-sized JPEG (up to 6000x4000, 4:2:0) and turned losslessly by
@@ -91,6 +93,49 @@ if [ ! -f "$set/faces-grace_hopper.jpg" ]; then
         camera "faces-${name%.*}" "$debs/files/$f"
         for way in 90 180 270; do
             jpegtran -copy all -rotate $way -outfile "$set/faces-${name%.*}.r$way.jpg" "$set/faces-${name%.*}.jpg"
+        done
+    done
+    rm -rf "$debs"
+fi
+
+# Two more sets, whole, as their packages ship them: the photos of dlib's face examples (people
+# at parties and dinners; its picture of dogs counts as a scene) and KPhotoAlbum's demo album, a
+# family's snapshots. The album says which of its photos it shows turned (angle="90" and so on),
+# and whom each shows: the ones of people are faces, the others (the pets it names as people,
+# landscapes, a sunset) are scenes.
+if [ ! -f "$set/faces-dlib-bald_guys.jpg" ]; then
+    echo "Fetching dlib's and KPhotoAlbum's photos (once)..." >&2
+    debs="$out/debs"
+    mkdir -p "$debs"
+    (cd "$debs" && apt-get download libdlib19.1 kphotoalbum >/dev/null)
+    for deb in "$debs"/*.deb; do dpkg-deb -x "$deb" "$debs/files"; done
+    for f in "$debs"/files/usr/share/doc/libdlib19.1/examples/faces/*.jpg; do
+        name=$(basename "$f" .jpg)
+        group=faces
+        [ "$name" = dogs ] && group=scenes
+        camera "$group-dlib-$name" "$f"
+    done
+    album="$debs/files/usr/share/kphotoalbum/demo"
+    pets=" Blackie Spiff Donna Pets "
+    # One line per photo: file, the album's turn for showing it, the people it names.
+    tr -d '\n' <"$album/index.xml" | grep -o '<image [^>]*>.*\?</image>' | sed 's|</image>|&\n|g' |
+        sed -n 's|.*<image file="\([^"]*\.jpg\)"\([^>]*\)>\(.*\)|\1\t\2\t\3|p' |
+        while IFS=$'\t' read -r file attributes body; do
+            angle=$(sed -n 's/.*angle="\([0-9]*\)".*/\1/p' <<<"$attributes")
+            group=scenes
+            people=$(grep -o '<option name="People">.*' <<<"$body" | sed 's|</option>.*||' |
+                grep -o 'value="[^"]*"' | sed 's/value="\(.*\)"/\1/' || true)
+            while read -r person; do
+                if [ -n "$person" ] && [[ $pets != *" $person "* ]]; then group=faces; fi
+            done <<<"$people"
+            upright="$debs/upright.jpg"
+            /usr/bin/convert "$album/$file" -rotate "${angle:-0}" "$upright"
+            camera "$group-album-$(basename "$file" .jpg)" "$upright"
+        done
+    for f in "$set"/*-dlib-*.jpg "$set"/*-album-*.jpg; do
+        case $f in *.r*.jpg) continue ;; esac
+        for way in 90 180 270; do
+            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
         done
     done
     rm -rf "$debs"
