@@ -121,70 +121,112 @@ bool closerlook(cv::CascadeClassifier& careful, const cv::Mat& grey, cv::Size sm
     return !faces.empty();
 }
 
-} // namespace
+// The faces confirmed at each turn of one picture, as boxes in the full picture, over one look
+// or more.
+class FaceSearch {
+  public:
+    FaceSearch(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof)
+        : models_(models), grey_(grey), colourof_(colourof) {}
 
-CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof,
-                     bool smallfaces) {
-    // The careful cascade sees the candidates with the contrast of the whole picture spread,
-    // as the quick one does.
-    cv::Mat even;
-    cv::equalizeHist(grey, even);
-    // The colour picture is made at the first face, as most pictures have none.
-    cv::Mat colour;
-    std::optional<bool> nocolour;
-    // The faces confirmed at each turn, as boxes in the full picture.
-    std::array<std::vector<cv::Rect>, 4> faces;
-    const auto search = [&](int side, int largestface, double step) {
+    // The quick cascade at the picture brought to `side`, at the turns whose bits `turnset` holds
+    // (bit n for n quarter turns); each of its candidates looked at again by the careful one.
+    void look(int side, int largestface, double step, unsigned turnset = 0xF) {
         // A small picture is enlarged to the side too, so that the same faces are found in it.
         cv::Mat small;
-        const double scale = double(side) / std::max(grey.cols, grey.rows);
-        cv::resize(grey, small, cv::Size(), scale, scale, scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
+        const double scale = double(side) / std::max(grey_.cols, grey_.rows);
+        cv::resize(grey_, small, cv::Size(), scale, scale, scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
         cv::equalizeHist(small, small);
-        const double up = double(grey.cols) / small.cols;
+        const double up = double(grey_.cols) / small.cols;
         for (int turns = 0; turns < 4; ++turns) {
+            if ((turnset & (1U << turns)) == 0)
+                continue;
             std::vector<cv::Rect> hits;
-            models.quick.detectMultiScale(turned(small, turns), hits, step, quickneighbours, 0,
-                                          cv::Size(smallestface, smallestface),
-                                          cv::Size(largestface, largestface));
-            auto& confirmed = faces[static_cast<size_t>(turns)];
+            models_.quick.detectMultiScale(turned(small, turns), hits, step, quickneighbours, 0,
+                                           cv::Size(smallestface, smallestface),
+                                           cv::Size(largestface, largestface));
+            auto& confirmed = faces_[static_cast<size_t>(turns)];
             for (const cv::Rect& hit : hits) {
                 const cv::Rect box = scaled(unturned(hit, small.size(), turns), up);
-                // A face confirmed already, as the finer search sees many of the coarser one's.
+                // A face confirmed already, as the finer look sees many of the coarser one's.
                 if (std::any_of(confirmed.begin(), confirmed.end(),
                                 [&](const cv::Rect& face) { return (face & box).area() * 2 > box.area(); }))
                     continue;
-                if (!closerlook(models.careful, even, small.size(), turns, hit))
-                    continue;
-                if (!nocolour) {
-                    colour = colourof();
-                    nocolour = colour.empty() || colourless(colour);
-                }
-                if (*nocolour || showsskin(colour, box))
+                if (closerlook(models_.careful, even(), small.size(), turns, hit) && skinned(box))
                     confirmed.push_back(box);
             }
         }
-    };
-    const auto read = [&] {
-        std::array<int, 4> found{};
-        for (size_t turns = 0; turns < 4; ++turns)
-            found[turns] = static_cast<int>(faces[turns].size());
-        const auto best = std::max_element(found.begin(), found.end());
-        const int others = std::accumulate(found.begin(), found.end(), 0) - *best;
+    }
+
+    [[nodiscard]] int found(int turns) const {
+        return static_cast<int>(faces_[static_cast<size_t>(turns)].size());
+    }
+
+    [[nodiscard]] CueReading reading() const {
+        std::array<int, 4> counts{};
+        for (int turns = 0; turns < 4; ++turns)
+            counts[static_cast<size_t>(turns)] = found(turns);
+        const auto best = std::max_element(counts.begin(), counts.end());
+        const int others = std::accumulate(counts.begin(), counts.end(), 0) - *best;
         CueReading reading;
-        reading.turns = static_cast<int>(best - found.begin());
+        reading.turns = static_cast<int>(best - counts.begin());
         reading.count = *best;
         // A face seen at one turn and nothing at the others; in a crowd, a stray at another turn
         // is tolerated when the faces outnumber it four to one.
         reading.clear = *best >= 1 && (others == 0 || (*best >= 4 && others * 4 <= *best));
         return reading;
-    };
-    search(facesside, 0, quickstep);
-    CueReading reading = read();
-    if (reading.clear || !smallfaces)
+    }
+
+  private:
+    // The careful cascade sees the candidates with the contrast of the whole picture spread, as
+    // the quick one does; made at the first candidate.
+    const cv::Mat& even() {
+        if (even_.empty())
+            cv::equalizeHist(grey_, even_);
+        return even_;
+    }
+
+    // A face in a colour picture shows skin; the colour picture is made at the first face, as
+    // most pictures have none.
+    bool skinned(const cv::Rect& box) {
+        if (!nocolour_) {
+            colour_ = colourof_();
+            nocolour_ = colour_.empty() || colourless(colour_);
+        }
+        return *nocolour_ || showsskin(colour_, box);
+    }
+
+    FaceModels& models_;
+    const cv::Mat& grey_;
+    const std::function<cv::Mat()>& colourof_;
+    cv::Mat even_;
+    cv::Mat colour_;
+    std::optional<bool> nocolour_;
+    std::array<std::vector<cv::Rect>, 4> faces_;
+};
+
+} // namespace
+
+CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof) {
+    FaceSearch search(models, grey, colourof);
+    search.look(facesside, 0, quickstep);
+    const CueReading reading = search.reading();
+    if (reading.clear)
         return reading;
     // Nothing clear: smaller faces, as in a group photo, are looked for in a larger picture.
-    search(finerside, smallestface * finerside / facesside * 6 / 5, finerstep);
-    return read();
+    search.look(finerside, smallestface * finerside / facesside * 6 / 5, finerstep);
+    return search.reading();
+}
+
+bool facesagainst(FaceModels& models, const cv::Mat& grey, const std::function<cv::Mat()>& colourof,
+                  int turns) {
+    const int upright = turns % 4;
+    FaceSearch search(models, grey, colourof);
+    search.look(facesside, 0, quickstep, 0xFU & ~(1U << upright));
+    for (int other = 0; other < 4; ++other) {
+        if (other != upright && search.found(other) > 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace pivotel::look

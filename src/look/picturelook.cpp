@@ -156,17 +156,20 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
         return {};
     try {
         const cv::Mat grey = greyof(picture);
-        // Clear text needs the faces only to veto it: their first, quick look does.
+        const auto colour = [&] {
+            return colourof(picture);
+        };
+        // Clear text needs the faces only to veto it: faces upright at another turn, in their
+        // first, quick look.
         const look::CueReading text = models_->readtext(grey);
-        const look::CueReading faces = look::readfaces(
-            models_->faces, grey, [&] { return colourof(picture); }, !text.clear);
-        // A cue that sees the picture upright, or another turn, vetoes the other's turn.
-        if (faces.clear && text.clear && faces.turns != text.turns)
-            return {};
-        if (faces.clear)
-            return verdictof(faces, QStringLiteral("faces"), QStringLiteral("face"), QStringLiteral("faces"));
-        return verdictof(text, QStringLiteral("text"), QStringLiteral("line of text"),
-                         QStringLiteral("lines of text"));
+        if (text.clear) {
+            if (look::facesagainst(models_->faces, grey, colour, text.turns))
+                return {};
+            return verdictof(text, QStringLiteral("text"), QStringLiteral("line of text"),
+                             QStringLiteral("lines of text"));
+        }
+        return verdictof(look::readfaces(models_->faces, grey, colour), QStringLiteral("faces"),
+                         QStringLiteral("face"), QStringLiteral("faces"));
     } catch (const cv::Exception&) {
         return {};
     }

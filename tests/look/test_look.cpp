@@ -76,6 +76,27 @@ QImage widened(const QImage& picture, int width) {
     return frame;
 }
 
+// A page of text with a photo pasted beside it a quarter turn askew: the text and the face
+// disagree, so neither may turn it.
+QImage besidesideways(const QImage& photo) {
+    QImage page(1000, 760, QImage::Format_RGB888);
+    page.fill(QColor(236, 232, 224));
+    QPainter painter(&page);
+    QFont font(QStringLiteral("DejaVu Serif"));
+    font.setPixelSize(18);
+    painter.setFont(font);
+    painter.setPen(QColor(30, 30, 30));
+    QString prose;
+    for (int i = 0; i < 8; ++i)
+        prose += QStringLiteral("The quick brown fox jumps over the lazy dog, then it takes the high road "
+                                "back to the hill where the old keeper holds his bright lamp. ");
+    painter.drawText(QRect(40, 40, 430, 680), Qt::TextWordWrap, prose);
+    const QImage sideways =
+        photo.transformed(QTransform().rotate(90)).scaledToHeight(700, Qt::SmoothTransformation);
+    painter.drawImage(page.width() - sideways.width() - 20, 30, sideways);
+    return page;
+}
+
 // The picture turned `turns` quarter turns counterclockwise, saved as a JPEG without EXIF: it
 // needs as many clockwise turns to be upright again.
 QString turnedcopy(const QImage& upright, int turns, const QString& path) {
@@ -106,6 +127,7 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
           Case{"grey faces", faces.convertToFormat(QImage::Format_Grayscale8), QStringLiteral("faces")},
           Case{"blue faces", faces.rgbSwapped(), {}},
           Case{"faces further away", widened(faces, 680), QStringLiteral("faces")},
+          Case{"text beside a sideways face", besidesideways(faces.copy(120, 30, 240, 170)), {}},
           Case{"scene", plainscene(), {}}}) {
         for (int turns = 0; turns < 4; ++turns) {
             const QString path = dir.filePath(QStringLiteral("%1%2.jpg").arg(c.name).arg(turns));
