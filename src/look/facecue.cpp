@@ -23,6 +23,14 @@ constexpr int quickneighbours = 1;
 // Doing so for every photo cost half as long again; most photos with faces don't need it.
 constexpr int finerside = 480;
 constexpr double finerstep = 1.15;
+// Where neither gives a clear cue, a face filling much of the frame may lean: close-ups and
+// selfies often tilt the head further than the frontal cascades take. The quick cascade looks
+// once more at the picture brought to this side, leant this many degrees either way: faces down
+// to a fifth of the frame, for some 7 ms a photo (18 at 128 pixels).
+constexpr int leanside = 112;
+constexpr double leandegrees = 15;
+// The leant picture is framed in a fifth of its side, made up from its edge.
+constexpr int leanpadding = 5;
 // A candidate is looked at again in the full picture, brought to this face size, by the slower
 // cascade, which must find it this many times over: at 8, drawn heads, a colour wheel and a lit
 // window in OpenCV's manual passed for faces at the wrong turn.
@@ -92,10 +100,12 @@ cv::Rect scaled(const cv::Rect& box, double by) {
 }
 
 // Whether the careful cascade finds a face where the quick one did, in the full picture: the
-// face with half its size around it, turned the same way and brought to a set size.
+// face with half its size around it, turned the same way, leant `lean` degrees counterclockwise
+// as the quick one saw it, and brought to a set size.
 bool closerlook(cv::CascadeClassifier& careful, const cv::Mat& grey, cv::Size smallsize, int turns,
-                const cv::Rect& hit) {
-    const int margin = hit.width / 2;
+                const cv::Rect& hit, double lean = 0) {
+    // A leant face is cut out with more around it, which its leaning brings into the middle.
+    const int margin = lean == 0 ? hit.width / 2 : hit.width;
     const cv::Rect around =
         unturned(cv::Rect(hit.x - margin, hit.y - margin, hit.width + 2 * margin, hit.height + 2 * margin),
                  smallsize, turns);
@@ -114,6 +124,14 @@ bool closerlook(cv::CascadeClassifier& careful, const cv::Mat& grey, cv::Size sm
     cv::Mat close;
     cv::resize(turned(region, turns), close, cv::Size(), scale, scale,
                scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
+    if (lean != 0) {
+        const cv::Point2f centre(float(close.cols) / 2, float(close.rows) / 2);
+        cv::warpAffine(close, close, cv::getRotationMatrix2D(centre, lean, 1.0), close.size(),
+                       cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+        const int keep = 2 * closeface;
+        close = close(cv::Rect((close.cols - keep) / 2, (close.rows - keep) / 2, keep, keep) &
+                      cv::Rect(0, 0, close.cols, close.rows));
+    }
     std::vector<cv::Rect> faces;
     careful.detectMultiScale(close, faces, 1.1, closeneighbours, 0,
                              cv::Size(closeface * 2 / 3, closeface * 2 / 3),
@@ -131,12 +149,7 @@ class FaceSearch {
     // The quick cascade at the picture brought to `side`, at the turns whose bits `turnset` holds
     // (bit n for n quarter turns); each of its candidates looked at again by the careful one.
     void look(int side, int largestface, double step, unsigned turnset = 0xF) {
-        // A small picture is enlarged to the side too, so that the same faces are found in it.
-        cv::Mat small;
-        const double scale = double(side) / std::max(grey_.cols, grey_.rows);
-        cv::resize(grey_, small, cv::Size(), scale, scale, scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
-        cv::equalizeHist(small, small);
-        const double up = double(grey_.cols) / small.cols;
+        const cv::Mat small = smallof(side);
         for (int turns = 0; turns < 4; ++turns) {
             if ((turnset & (1U << turns)) == 0)
                 continue;
@@ -144,15 +157,43 @@ class FaceSearch {
             models_.quick.detectMultiScale(turned(small, turns), hits, step, quickneighbours, 0,
                                            cv::Size(smallestface, smallestface),
                                            cv::Size(largestface, largestface));
-            auto& confirmed = faces_[static_cast<size_t>(turns)];
-            for (const cv::Rect& hit : hits) {
-                const cv::Rect box = scaled(unturned(hit, small.size(), turns), up);
-                // A face confirmed already, as the finer look sees many of the coarser one's.
-                if (std::any_of(confirmed.begin(), confirmed.end(),
-                                [&](const cv::Rect& face) { return (face & box).area() * 2 > box.area(); }))
-                    continue;
-                if (closerlook(models_.careful, even(), small.size(), turns, hit) && skinned(box))
-                    confirmed.push_back(box);
+            for (const cv::Rect& hit : hits)
+                confirm(small.size(), turns, hit, 0);
+        }
+    }
+
+    // The quick cascade at each turn of the picture brought to `side` and leant `degrees` either
+    // way, for faces that lean the other.
+    void lookleant(int side, double degrees) {
+        const cv::Mat small = smallof(side);
+        // A face filling the frame needs surroundings to be seen, and its corners stay in the
+        // frame when it leans: made up from the frame's edge.
+        const int pad = side / leanpadding;
+        for (int turns = 0; turns < 4; ++turns) {
+            cv::Mat upright;
+            cv::copyMakeBorder(turned(small, turns), upright, pad, pad, pad, pad, cv::BORDER_REPLICATE);
+            const cv::Point2f centre(float(upright.cols) / 2, float(upright.rows) / 2);
+            for (const double lean : {-degrees, degrees}) {
+                const cv::Mat leaning = cv::getRotationMatrix2D(centre, lean, 1.0);
+                cv::Mat leant, back;
+                cv::warpAffine(upright, leant, leaning, upright.size(), cv::INTER_LINEAR,
+                               cv::BORDER_REPLICATE);
+                cv::invertAffineTransform(leaning, back);
+                std::vector<cv::Rect> hits;
+                models_.quick.detectMultiScale(leant, hits, quickstep, quickneighbours, 0,
+                                               cv::Size(smallestface, smallestface));
+                for (const cv::Rect& hit : hits) {
+                    // The hit's middle, in the turned picture before the lean.
+                    const double x = hit.x + hit.width / 2.0, y = hit.y + hit.height / 2.0;
+                    const double bx =
+                        back.at<double>(0, 0) * x + back.at<double>(0, 1) * y + back.at<double>(0, 2);
+                    const double by =
+                        back.at<double>(1, 0) * x + back.at<double>(1, 1) * y + back.at<double>(1, 2);
+                    confirm(small.size(), turns,
+                            cv::Rect(int(bx) - pad - hit.width / 2, int(by) - pad - hit.height / 2, hit.width,
+                                     hit.height),
+                            lean);
+                }
             }
         }
     }
@@ -177,6 +218,30 @@ class FaceSearch {
     }
 
   private:
+    // The grey picture brought to `side` on its long side, its contrast spread. A small picture
+    // is enlarged to the side too, so that the same faces are found in it.
+    cv::Mat smallof(int side) const {
+        cv::Mat small;
+        const double scale = double(side) / std::max(grey_.cols, grey_.rows);
+        cv::resize(grey_, small, cv::Size(), scale, scale, scale < 1 ? cv::INTER_AREA : cv::INTER_LINEAR);
+        cv::equalizeHist(small, small);
+        return small;
+    }
+
+    // A quick look's candidate, a box in the picture of `smallsize` turned `turns` times (and
+    // leant `lean` degrees), kept where the careful look and the skin confirm it.
+    void confirm(cv::Size smallsize, int turns, const cv::Rect& hit, double lean) {
+        const double up = double(grey_.cols) / smallsize.width;
+        const cv::Rect box = scaled(unturned(hit, smallsize, turns), up);
+        auto& confirmed = faces_[static_cast<size_t>(turns)];
+        // A face confirmed already, as the later looks see many of the first one's.
+        if (std::any_of(confirmed.begin(), confirmed.end(),
+                        [&](const cv::Rect& face) { return (face & box).area() * 2 > box.area(); }))
+            return;
+        if (closerlook(models_.careful, even(), smallsize, turns, hit, lean) && skinned(box))
+            confirmed.push_back(box);
+    }
+
     // The careful cascade sees the candidates with the contrast of the whole picture spread, as
     // the quick one does; made at the first candidate.
     const cv::Mat& even() {
@@ -214,6 +279,11 @@ CueReading readfaces(FaceModels& models, const cv::Mat& grey, const std::functio
         return reading;
     // Nothing clear: smaller faces, as in a group photo, are looked for in a larger picture.
     search.look(finerside, smallestface * finerside / facesside * 6 / 5, finerstep);
+    const CueReading finer = search.reading();
+    if (finer.clear)
+        return finer;
+    // Still nothing clear: a face filling much of the frame may lean.
+    search.lookleant(leanside, leandegrees);
     return search.reading();
 }
 

@@ -97,6 +97,18 @@ QImage besidesideways(const QImage& photo) {
     return page;
 }
 
+// A close-up of the photo's face, filling the frame and leaning, as in a selfie.
+QImage leaning(const QImage& photo, const QRect& face, double degrees) {
+    QImage closeup(480, 480, QImage::Format_RGB888);
+    closeup.fill(photo.pixelColor(face.topLeft()));
+    QPainter painter(&closeup);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.translate(240, 240);
+    painter.rotate(degrees);
+    painter.drawImage(QRectF(-260, -260, 520, 520), photo.copy(face));
+    return closeup;
+}
+
 // The picture turned `turns` quarter turns counterclockwise, saved as a JPEG without EXIF: it
 // needs as many clockwise turns to be upright again.
 QString turnedcopy(const QImage& upright, int turns, const QString& path) {
@@ -127,6 +139,7 @@ TEST(Look, TextAndFacesAtEachTurnAreSuggestedTheirUprightAndAPlainSceneIsLeftAlo
           Case{"grey faces", faces.convertToFormat(QImage::Format_Grayscale8), QStringLiteral("faces")},
           Case{"blue faces", faces.rgbSwapped(), {}},
           Case{"faces further away", widened(faces, 680), QStringLiteral("faces")},
+          Case{"leaning close-up", leaning(faces, QRect(196, 63, 96, 96), 18), QStringLiteral("faces")},
           Case{"text beside a sideways face", besidesideways(faces.copy(120, 30, 240, 170)), {}},
           Case{"scene", plainscene(), {}}}) {
         for (int turns = 0; turns < 4; ++turns) {
