@@ -12,21 +12,21 @@ using namespace pivotel;
 
 namespace {
 
-// Printed prose, as a page or a receipt shows it.
-QImage textpage() {
-    QImage page(1600, 1200, QImage::Format_RGB888);
-    page.fill(QColor(236, 232, 224));
-    QPainter painter(&page);
+// Printed prose, as a page or a receipt shows it, in letters of `size` pixels within `area`.
+QImage textpage(QSize page = {1600, 1200}, int size = 26, QRect area = {100, 100, 1400, 1000}) {
+    QImage paper(page, QImage::Format_RGB888);
+    paper.fill(QColor(236, 232, 224));
+    QPainter painter(&paper);
     QFont font(QStringLiteral("DejaVu Serif"));
-    font.setPixelSize(26);
+    font.setPixelSize(size);
     painter.setFont(font);
     painter.setPen(QColor(30, 30, 30));
     QString prose;
     for (int i = 0; i < 12; ++i)
         prose += QStringLiteral("The quick brown fox jumps over the lazy dog, then it takes the high road "
                                 "back to the hill where the old keeper holds his bright lamp. ");
-    painter.drawText(QRect(100, 100, 1400, 1000), Qt::TextWordWrap, prose);
-    return page;
+    painter.drawText(area, Qt::TextWordWrap, prose);
+    return paper;
 }
 
 // A list in capitals and figures, as receipts and forms print them: the tall strokes of capitals
@@ -79,21 +79,10 @@ QImage widened(const QImage& picture, int width) {
 // A page of text with a photo pasted beside it a quarter turn askew: the text and the face
 // disagree, so neither may turn it.
 QImage besidesideways(const QImage& photo) {
-    QImage page(1000, 760, QImage::Format_RGB888);
-    page.fill(QColor(236, 232, 224));
-    QPainter painter(&page);
-    QFont font(QStringLiteral("DejaVu Serif"));
-    font.setPixelSize(18);
-    painter.setFont(font);
-    painter.setPen(QColor(30, 30, 30));
-    QString prose;
-    for (int i = 0; i < 8; ++i)
-        prose += QStringLiteral("The quick brown fox jumps over the lazy dog, then it takes the high road "
-                                "back to the hill where the old keeper holds his bright lamp. ");
-    painter.drawText(QRect(40, 40, 430, 680), Qt::TextWordWrap, prose);
+    QImage page = textpage({1000, 760}, 18, {40, 40, 430, 680});
     const QImage sideways =
         photo.transformed(QTransform().rotate(90)).scaledToHeight(700, Qt::SmoothTransformation);
-    painter.drawImage(page.width() - sideways.width() - 20, 30, sideways);
+    QPainter(&page).drawImage(page.width() - sideways.width() - 20, 30, sideways);
     return page;
 }
 
