@@ -14,6 +14,9 @@ namespace {
 // The quick cascade looks at pictures of this long side: faces down to a sixteenth of it, at a
 // cost that four passes can afford (a few tens of milliseconds).
 constexpr int facesside = 400;
+// Faces that would veto clear text are looked for at this side, down to a thirteenth of it: a
+// face that contradicts a page's text is a photo on it, or a person holding it, not a crowd.
+constexpr int vetoside = 320;
 constexpr int smallestface = 24;
 // The quick cascade is lenient: it only picks the places worth a closer look.
 constexpr double quickstep = 1.2;
@@ -291,7 +294,7 @@ bool facesagainst(FaceModels& models, const cv::Mat& grey, const std::function<c
                   int turns) {
     const int upright = turns % 4;
     FaceSearch search(models, grey, colourof);
-    search.look(facesside, 0, quickstep, 0xFU & ~(1U << upright));
+    search.look(vetoside, 0, quickstep, 0xFU & ~(1U << upright));
     for (int other = 0; other < 4; ++other) {
         if (other != upright && search.found(other) > 0)
             return true;
