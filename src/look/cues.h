@@ -31,13 +31,14 @@ struct FaceModels {
 // Upright faces, looked for at each of the four turns of a grey picture. `colourof` gives the
 // same picture in RGB, asked for only once a face is found: a face must show skin tones in it,
 // unless the picture has no colour at all.
-// Where the first look gives no clear cue, a second looks for smaller faces, as in a group photo.
+// Where the first look gives no clear cue, a second looks for smaller faces, as in a group photo,
+// and where that gives none either, a third for a face filling the frame and leaning.
 [[nodiscard]] CueReading readfaces(FaceModels& models, const cv::Mat& grey,
                                    const std::function<cv::Mat()>& colourof);
 
-// Whether the first look sees an upright face at any turn but `turns`: what a reading of the
-// picture at `turns` (its text's) must not contradict. A quarter cheaper than readfaces' first
-// look, as the one turn that can't contradict is left out.
+// Whether a quick look, smaller than readfaces' first, sees an upright face at any turn but
+// `turns`: what a reading of the picture at `turns` (its text's) must not contradict. The one
+// turn that can't contradict it is left out.
 [[nodiscard]] bool facesagainst(FaceModels& models, const cv::Mat& grey,
                                 const std::function<cv::Mat()>& colourof, int turns);
 

@@ -173,28 +173,25 @@ class FaceSearch {
         // frame when it leans: made up from the frame's edge.
         const int pad = side / leanpadding;
         for (int turns = 0; turns < 4; ++turns) {
-            cv::Mat upright;
-            cv::copyMakeBorder(turned(small, turns), upright, pad, pad, pad, pad, cv::BORDER_REPLICATE);
-            const cv::Point2f centre(float(upright.cols) / 2, float(upright.rows) / 2);
+            cv::Mat framed;
+            cv::copyMakeBorder(turned(small, turns), framed, pad, pad, pad, pad, cv::BORDER_REPLICATE);
+            const cv::Point2f centre(float(framed.cols) / 2, float(framed.rows) / 2);
             for (const double lean : {-degrees, degrees}) {
                 const cv::Mat leaning = cv::getRotationMatrix2D(centre, lean, 1.0);
-                cv::Mat leant, back;
-                cv::warpAffine(upright, leant, leaning, upright.size(), cv::INTER_LINEAR,
-                               cv::BORDER_REPLICATE);
+                cv::Mat leant;
+                cv::Matx23d back;
+                cv::warpAffine(framed, leant, leaning, framed.size(), cv::INTER_LINEAR, cv::BORDER_REPLICATE);
                 cv::invertAffineTransform(leaning, back);
                 std::vector<cv::Rect> hits;
                 models_.quick.detectMultiScale(leant, hits, quickstep, quickneighbours, 0,
                                                cv::Size(smallestface, smallestface));
                 for (const cv::Rect& hit : hits) {
-                    // The hit's middle, in the turned picture before the lean.
-                    const double x = hit.x + hit.width / 2.0, y = hit.y + hit.height / 2.0;
-                    const double bx =
-                        back.at<double>(0, 0) * x + back.at<double>(0, 1) * y + back.at<double>(0, 2);
-                    const double by =
-                        back.at<double>(1, 0) * x + back.at<double>(1, 1) * y + back.at<double>(1, 2);
+                    // The hit's middle, in the turned picture before its frame and lean.
+                    const cv::Matx21d middle =
+                        back * cv::Vec3d(hit.x + hit.width / 2.0, hit.y + hit.height / 2.0, 1.0);
                     confirm(small.size(), turns,
-                            cv::Rect(int(bx) - pad - hit.width / 2, int(by) - pad - hit.height / 2, hit.width,
-                                     hit.height),
+                            cv::Rect(int(middle(0)) - pad - hit.width / 2,
+                                     int(middle(1)) - pad - hit.height / 2, hit.width, hit.height),
                             lean);
                 }
             }

@@ -159,8 +159,8 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
         const auto colour = [&] {
             return colourof(picture);
         };
-        // Clear text needs the faces only to veto it: faces upright at another turn, in their
-        // first, quick look.
+        // Clear text needs the faces only to veto it: faces upright at another turn, in a quick
+        // look at those three.
         const look::CueReading text = models_->readtext(grey);
         if (text.clear) {
             if (look::facesagainst(models_->faces, grey, colour, text.turns))
