@@ -23,7 +23,7 @@ LookJob::LookJob(QStringList paths, QObject* parent) : QObject(parent), paths_(s
 }
 
 LookJob::~LookJob() {
-    cancel();
+    cancelled_ = true;
     if (thread_)
         thread_->wait();
 }
@@ -44,7 +44,7 @@ void LookJob::start() {
     }));
     thread_->setObjectName(QStringLiteral("lookjob"));
     connect(thread_.get(), &QThread::finished, this, [this] {
-        if (!cancelled_)
+        if (!cancelled_ || stopped_)
             emit finished(unavailable_);
     });
     thread_->start();

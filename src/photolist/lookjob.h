@@ -26,15 +26,20 @@ class LookJob : public QObject {
     ~LookJob() override;
 
     void start();
-    void cancel() { cancelled_ = true; }
+    // Stops the job at its next photos, as the user asks: finished() still comes, with the
+    // verdicts of the photos looked at so far and none for the others.
+    void stop() {
+        stopped_ = true;
+        cancelled_ = true;
+    }
     // One verdict per path, in order, once finished() has come.
     [[nodiscard]] const std::vector<LookVerdict>& results() const { return results_; }
 
   signals:
     // So many of the photos have been looked at.
     void progress(qint64 done, qint64 total);
-    // Every photo was looked at, or the check is unavailable: `unavailable` says why. Not sent
-    // for a cancelled job.
+    // Every photo was looked at, the job was stopped, or the check is unavailable: `unavailable`
+    // says why. Not sent for a job cancelled by its end.
     void finished(const QString& unavailable);
 
   private:
@@ -42,6 +47,7 @@ class LookJob : public QObject {
     std::vector<LookVerdict> results_;
     QString unavailable_;
     std::atomic<bool> cancelled_{false};
+    std::atomic<bool> stopped_{false};
     std::atomic<qint64> done_{0};
     std::unique_ptr<QThread> thread_;
 };

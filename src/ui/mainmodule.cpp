@@ -190,7 +190,9 @@ void MainModule::Listbox1_ConstructContextualMenu(QPoint at) {
     for (const QString& label : actionlabels().mid(0, static_cast<qsizetype>(menuactions)))
         entries << QStringLiteral("Set All to ") + label;
     entries << QStringLiteral("Set All to EXIF Orientation Check");
-    entries << QStringLiteral("Set All to Picture Check");
+    // A check under way can be stopped from where it was started.
+    entries << (look_ ? QStringLiteral("Stop the Picture Check")
+                      : QStringLiteral("Set All to Picture Check"));
     const std::optional<int> chosen = dialogs_.popup(ui_.list, entries, at, list_->count() > 0);
     if (!chosen)
         return;
@@ -199,7 +201,9 @@ void MainModule::Listbox1_ConstructContextualMenu(QPoint at) {
         list_->setallactions(allactions.at(static_cast<size_t>(*chosen)));
     else if (*chosen == actions)
         recheckall();
-    else if (!look_)
+    else if (look_)
+        look_->stop();
+    else
         lookall();
 }
 

@@ -122,6 +122,36 @@ TEST_F(List, PictureCheckSuggestsAnUprightOnlyForRowsWithoutAnOrientationToGoBy)
     EXPECT_EQ(tip(0), "");
 }
 
+TEST_F(List, APictureCheckUnderWayCanBeStoppedFromTheMenuAndKeepsWhatItSaw) {
+    const QImage faces = QImage(QStringLiteral(PIVOTEL_TEST_FACES)).transformed(QTransform().rotate(-90));
+    ASSERT_FALSE(faces.isNull()) << "needs Debian's opencv-doc for a photo of faces";
+    constexpr int photos = 40;
+    for (int i = 0; i < photos; ++i)
+        ASSERT_TRUE(
+            faces.save(path(qPrintable(QStringLiteral("f%1.jpg").arg(i, 2, 10, QLatin1Char('0')))), "JPEG"));
+    loadfolder(dir.path(), false);
+    // Started, then stopped at once from the same menu: the check can't have seen 40 photos.
+    const int check = static_cast<int>(allactions.size()) + 1;
+    dialogs.picks = {check, check, check};
+    for (int i = 0; i < 2; ++i) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, cell(0, 0),
+                                list()->viewport()->mapToGlobal(cell(0, 0)));
+        QApplication::sendEvent(list()->viewport(), &event);
+    }
+    settle();
+    EXPECT_TRUE(dialogs.menus.takeLast().endsWith("|Stop the Picture Check"));
+    EXPECT_EQ(rowcounter(), QStringLiteral("%1 Photos").arg(photos));
+    const QStringList labels = rows().split(' ');
+    const auto suggested =
+        std::count_if(labels.begin(), labels.end(), [](const QString& r) { return r.endsWith(":cw"); });
+    EXPECT_LT(suggested, photos) << qPrintable(rows());
+    EXPECT_EQ(suggested + labels.filter(":asis").size(), photos) << qPrintable(rows());
+    // Started again, it runs to the end.
+    contextmenu();
+    EXPECT_TRUE(dialogs.menus.takeLast().endsWith("|Set All to Picture Check"));
+    EXPECT_EQ(rows().count(":cw"), photos) << qPrintable(rows());
+}
+
 TEST_F(List, TheNameColumnTakesTheRestOfTheWidthButNeverLessThan150) {
     for (const int width : {900, 300}) {
         list()->resize(width, 400);
