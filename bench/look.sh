@@ -30,10 +30,32 @@ faces=("$samples/data/messi5.jpg" "$html/messiup.jpg" "$html/facereg.jpg" "$html
 scenes=(fruits.jpg building.jpg home.jpg baboon.jpg orange.jpg apple.jpg butterfly.jpg starry_night.jpg
         squirrel_cls.jpg aero1.jpg leuvenA.jpg stuff.jpg)
 
-# camera NAME SOURCE: the source as a camera-sized JPEG, NAME.jpg, upright.
+# turnways FILE: the upright FILE turned losslessly the three other ways, beside it as
+# NAME.r90.jpg and so on; the list below gives the clockwise quarter turns that bring each copy
+# back upright.
+turnways() {
+    for way in 90 180 270; do
+        jpegtran -copy all -rotate $way -outfile "${1%.jpg}.r$way.jpg" "$1"
+    done
+}
+
+# camera NAME SOURCE [OPTION...]: the source as a camera-sized JPEG, NAME.jpg, upright, with
+# convert's options before the resize, and its turned copies.
 camera() {
-    /usr/bin/convert "$2" -resize '6000x4000>' -resize '6000x4000<' -quality 90 -sampling-factor 2x2 \
-        "$set/$1.jpg"
+    local name=$1 source=$2
+    shift 2
+    /usr/bin/convert "$source" "$@" -resize '6000x4000>' -resize '6000x4000<' -quality 90 \
+        -sampling-factor 2x2 "$set/$name.jpg" || return
+    turnways "$set/$name.jpg"
+}
+
+# unpack PACKAGE...: Debian packages downloaded, not installed (they bring whole stacks with
+# them), and unpacked into $debs/files.
+debs="$out/debs"
+unpack() {
+    mkdir -p "$debs"
+    (cd "$debs" && apt-get download "$@" >/dev/null)
+    for deb in "$debs"/*.deb; do dpkg-deb -x "$deb" "$debs/files"; done
 }
 
 if [ ! -d "$set" ]; then
@@ -52,13 +74,6 @@ if [ ! -d "$set" ]; then
     for f in "${faces[@]}"; do name=$(basename "$f"); camera "faces-${name%.*}" "$f"; done
     for f in "${scenes[@]}"; do camera "scenes-${f%.*}" "$samples/data/$f"; done
     rm -rf "$set/drawn" "$set/pdf"
-    # Each upright picture turned the three other ways; the list gives the clockwise quarter
-    # turns that bring each copy back upright.
-    for f in "$set"/*.jpg; do
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
-        done
-    done
 fi
 
 # Receipts and signs came later: made once too, into a set that may already hold the others.
@@ -71,12 +86,6 @@ if [ ! -f "$set/receipts-000.jpg" ]; then
     for f in "$drawn"/receipt*.jpg; do n=$(basename "$f" .jpg); camera "receipts-${n#receipt}" "$f"; done
     for f in "$drawn"/signs_*.jpg; do camera "$(basename "$f" .jpg)" "$f"; done
     rm -rf "$drawn"
-    for f in "$set"/receipts-*.jpg "$set"/signs_*.jpg; do
-        case $f in *.r*.jpg) continue ;; esac
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
-        done
-    done
 fi
 
 # The receipts again as a 24-megapixel camera takes them upright, 4000 pixels wide, where the
@@ -87,28 +96,19 @@ if [ ! -f "$set/receipts24-000.jpg" ]; then
         name=$(basename "$f" .jpg)
         big="$set/receipts24-${name#receipts-}.jpg"
         /usr/bin/convert "$f" -resize 4000x6000 -quality 90 -sampling-factor 2x2 "$big"
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "${big%.jpg}.r$way.jpg" "$big"
-        done
+        turnways "$big"
     done
 fi
 
-# More faces, from packages that ship portraits and a group photo for their own examples: taken
-# out of the downloaded packages rather than installed, as they bring whole stacks with them.
+# More faces, from packages that ship portraits and a group photo for their own examples.
 if [ ! -f "$set/faces-grace_hopper.jpg" ]; then
     echo "Fetching face pictures from Debian packages (once)..." >&2
-    debs="$out/debs"
-    mkdir -p "$debs"
-    (cd "$debs" && apt-get download python-matplotlib-data python3-skimage bagel >/dev/null)
-    for deb in "$debs"/*.deb; do dpkg-deb -x "$deb" "$debs/files"; done
+    unpack python-matplotlib-data python3-skimage bagel
     for f in usr/share/matplotlib/mpl-data/sample_data/grace_hopper.jpg \
         usr/lib/python3/dist-packages/skimage/data/astronaut.png \
         usr/lib/python3/dist-packages/skimage/data/camera.png usr/share/doc/bagel/html/_static/group.jpg; do
         name=$(basename "$f")
         camera "faces-${name%.*}" "$debs/files/$f"
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "$set/faces-${name%.*}.r$way.jpg" "$set/faces-${name%.*}.jpg"
-        done
     done
     rm -rf "$debs"
 fi
@@ -120,10 +120,7 @@ fi
 # landscapes, a sunset) are scenes.
 if [ ! -f "$set/faces-dlib-bald_guys.jpg" ]; then
     echo "Fetching dlib's and KPhotoAlbum's photos (once)..." >&2
-    debs="$out/debs"
-    mkdir -p "$debs"
-    (cd "$debs" && apt-get download libdlib19.1 kphotoalbum >/dev/null)
-    for deb in "$debs"/*.deb; do dpkg-deb -x "$deb" "$debs/files"; done
+    unpack libdlib19.1 kphotoalbum
     for f in "$debs"/files/usr/share/doc/libdlib19.1/examples/faces/*.jpg; do
         name=$(basename "$f" .jpg)
         group=faces
@@ -147,12 +144,6 @@ if [ ! -f "$set/faces-dlib-bald_guys.jpg" ]; then
             /usr/bin/convert "$album/$file" -rotate "${angle:-0}" "$upright"
             camera "$group-album-$(basename "$file" .jpg)" "$upright"
         done
-    for f in "$set"/*-dlib-*.jpg "$set"/*-album-*.jpg; do
-        case $f in *.r*.jpg) continue ;; esac
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "${f%.jpg}.r$way.jpg" "$f"
-        done
-    done
     rm -rf "$debs"
 fi
 
@@ -163,12 +154,7 @@ if [ ! -f "$set/manual-001.jpg" ]; then
     find "$html" -type f \( -name '*.jpg' -o -name '*.png' \) -size +20k | LC_ALL=C sort |
         awk 'NR % 3 == 0' | grep -v '/affinepano\.jpg$' | head -140 | while read -r f; do
         n=$((n + 1))
-        name=$(printf 'manual-%03d' "$n")
-        /usr/bin/convert "$f" -background white -flatten -resize '6000x4000>' -resize '6000x4000<' \
-            -quality 90 -sampling-factor 2x2 "$set/$name.jpg" || continue
-        for way in 90 180 270; do
-            jpegtran -copy all -rotate $way -outfile "$set/$name.r$way.jpg" "$set/$name.jpg"
-        done
+        camera "$(printf 'manual-%03d' "$n")" "$f" -background white -flatten || continue
     done
 fi
 
