@@ -35,6 +35,15 @@ LookVerdict verdictof(const look::CueReading& reading, const QString& kind, cons
     return verdict;
 }
 
+LookVerdict facesverdict(const look::CueReading& reading) {
+    return verdictof(reading, QStringLiteral("faces"), QStringLiteral("face"), QStringLiteral("faces"));
+}
+
+LookVerdict textverdict(const look::CueReading& reading) {
+    return verdictof(reading, QStringLiteral("text"), QStringLiteral("line of text"),
+                     QStringLiteral("lines of text"));
+}
+
 // The picture in one of Qt's formats, as OpenCV's picture of the given type, owning its pixels.
 cv::Mat matof(const QImage& picture, QImage::Format format, int type) {
     const QImage converted = picture.convertToFormat(format);
@@ -135,8 +144,8 @@ LookVerdict PictureLook::lookatphoto(const QString& path) {
 
 LookVerdict PictureLook::facecue(const QImage& picture) {
     try {
-        return verdictof(look::readfaces(models_->faces, greyof(picture), [&] { return colourof(picture); }),
-                         QStringLiteral("faces"), QStringLiteral("face"), QStringLiteral("faces"));
+        return facesverdict(
+            look::readfaces(models_->faces, greyof(picture), [&] { return colourof(picture); }));
     } catch (const cv::Exception&) {
         return {};
     }
@@ -144,8 +153,7 @@ LookVerdict PictureLook::facecue(const QImage& picture) {
 
 LookVerdict PictureLook::textcue(const QImage& picture) {
     try {
-        return verdictof(models_->readtext(greyof(picture)), QStringLiteral("text"),
-                         QStringLiteral("line of text"), QStringLiteral("lines of text"));
+        return textverdict(models_->readtext(greyof(picture)));
     } catch (const cv::Exception&) {
         return {};
     }
@@ -165,11 +173,9 @@ LookVerdict PictureLook::lookatpicture(const QImage& picture) {
         if (text.clear) {
             if (look::facesagainst(models_->faces, grey, colour, text.turns))
                 return {};
-            return verdictof(text, QStringLiteral("text"), QStringLiteral("line of text"),
-                             QStringLiteral("lines of text"));
+            return textverdict(text);
         }
-        return verdictof(look::readfaces(models_->faces, grey, colour), QStringLiteral("faces"),
-                         QStringLiteral("face"), QStringLiteral("faces"));
+        return facesverdict(look::readfaces(models_->faces, grey, colour));
     } catch (const cv::Exception&) {
         return {};
     }
