@@ -1,5 +1,4 @@
-#include "look/lookbatch.h"
-
+#include "look/lookentry.h"
 #include "look/picturelook.h"
 
 #include <QThread>
@@ -11,9 +10,9 @@
 
 namespace pivotel {
 
-Status lookatphotos(const QStringList& paths, int jobs,
-                    const std::function<void(qsizetype, const LookVerdict&)>& ondone,
-                    const std::function<bool()>& stopped) {
+Status lookatphotoshere(const QStringList& paths, int jobs,
+                        const std::function<void(qsizetype, const LookVerdict&)>& ondone,
+                        const std::function<bool()>& stopped) {
     // The calling thread's own models tell whether the check can run at all: Tesseract's model is
     // loaded once per thread, not once more to ask.
     auto first = PictureLook::open();

@@ -36,12 +36,14 @@ struct CliResult {
 };
 
 // Runs pivotel-cli (after `runas`, a program that runs it) to its end, its data folder in `datahome`;
-// with a `signal`, sent once the first photo is in work.
+// with a `signal`, sent once the first photo is in work; with `settings` added to its environment.
 CliResult runcli(const QStringList& arguments, const QString& datahome, const QStringList& runas = {},
-                 int signal = 0) {
+                 int signal = 0, const QMap<QString, QString>& settings = {}) {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_DATA_HOME"_s, datahome);
+    for (auto it = settings.begin(); it != settings.end(); ++it)
+        environment.insert(it.key(), it.value());
     process.setProcessEnvironment(environment);
     const QStringList command = runas + QStringList{QStringLiteral(PIVOTEL_CLI)} + arguments;
     process.start(command.front(), command.mid(1));
@@ -226,6 +228,48 @@ TEST(Cli, OnlyARunWithMorePhotosThanWorkersOrAFolderStartsAgainOnHugePages) {
         for (const QByteArray& argument : held)
             argv.push_back(argument.constData());
         EXPECT_EQ(cli::mayreusebuffers(int(argv.size()), argv.data(), 2), reuse) << arguments.size();
+    }
+}
+
+// The picture check's libraries (OpenCV, Tesseract: a third of a phone photo's turn to load) come
+// in with its module only when a run looks at pictures, and a missing or broken module is named.
+TEST(Cli, ThePictureCheckAndItsLibrariesAreLoadedOnlyForALook) {
+    QTemporaryDir dir, data;
+    const QString photo = dir.filePath(u"p.jpg"_s);
+    const QString notamodule = dir.filePath(u"libpivotel-look.so"_s);
+    writebytes(notamodule, "not a library");
+    struct Case {
+        QStringList arguments;
+        QString module; // empty: the build's
+        int exitcode;
+        bool loaded;
+        QString said;
+    };
+    const Case cases[] = {
+        {{u"--action=cw"_s}, {}, 0, false, {}},
+        {{u"--look"_s, u"--dry-run"_s}, {}, 0, true, u"1 skipped"_s},
+        {{u"--look"_s},
+         dir.filePath(u"gone.so"_s),
+         2,
+         false,
+         u"the picture check is unavailable: its module %1 is missing"_s.arg(dir.filePath(u"gone.so"_s))},
+        {{u"--look"_s}, notamodule, 2, false, u"its module %1 can't be loaded"_s.arg(notamodule)},
+    };
+    for (const Case& c : cases) {
+        writepattern(photo, 48, 32);
+        const QByteArray before = readbytes(photo);
+        QMap<QString, QString> settings{{u"LD_DEBUG"_s, u"files"_s}};
+        if (!c.module.isEmpty())
+            settings[u"PIVOTEL_LOOK_MODULE"_s] = c.module;
+        const CliResult result = runcli(c.arguments + QStringList{photo}, data.path(), {}, 0, settings);
+        const QString trace = c.arguments.join(u' ');
+        EXPECT_EQ(result.exitcode, c.exitcode) << qPrintable(trace + u'\n' + result.err.right(2000));
+        EXPECT_EQ(result.err.contains(u"file=libopencv_core"_s), c.loaded) << qPrintable(trace);
+        EXPECT_EQ(result.err.contains(u"file=libtesseract"_s), c.loaded) << qPrintable(trace);
+        EXPECT_TRUE(result.err.contains(c.said)) << qPrintable(trace + u'\n' + result.err.right(2000));
+        if (c.exitcode != 0) {
+            EXPECT_EQ(readbytes(photo), before) << qPrintable(trace);
+        }
     }
 }
 

@@ -23,9 +23,11 @@ field() { dpkg-deb -f "$deb" "$1"; }
 depends=$(field Depends | tr ',' '\n' | sed -E 's/^ *//; s/ *\(.*//')
 grep -qx libimage-exiftool-perl <<<"$depends" || fail "Depends lacks libimage-exiftool-perl"
 grep -qx qt6-qpa-plugins <<<"$depends" || fail "Depends lacks the Qt platform plugins"
-# Every library the programs need directly comes from a package in Depends.
-for program in pivotel pivotel-cli; do
-    binary="$build/Pivotel.app/Contents/MacOS/$program"
+# Every library the programs and the picture check's module need directly comes from a package
+# in Depends.
+for binary in "$build"/Pivotel.app/Contents/MacOS/{pivotel,pivotel-cli} \
+    "$build/Pivotel.app/Contents/PlugIns/libpivotel-look.so"; do
+    program=$(basename "$binary")
     for library in $(objdump -p "$binary" | awk '/NEEDED/ {print $2}'); do
         path=$(ldd "$binary" | awk -v l="$library" '$1 == l {print $3}')
         [ -n "$path" ] || continue # the dynamic loader, which ldd names by its path
@@ -36,7 +38,7 @@ for program in pivotel pivotel-cli; do
 done
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}' | sed 's|^\./||')
-expected=(usr/bin/pivotel usr/bin/pivotel-cli usr/share/pivotel/pivotel.pdf
+expected=(usr/bin/pivotel usr/bin/pivotel-cli usr/lib/pivotel/libpivotel-look.so usr/share/pivotel/pivotel.pdf
     usr/share/applications/com.zenthori.pivotel.desktop
     usr/share/metainfo/com.zenthori.pivotel.metainfo.xml
     usr/share/icons/hicolor/scalable/apps/com.zenthori.pivotel.svg
@@ -49,6 +51,6 @@ for file in "${expected[@]}"; do
     grep -qx "$file" <<<"$files" || fail "the package lacks $file"
 done
 ! grep -q exiftool <<<"$files" || fail "the package carries its own exiftool: $(grep exiftool <<<"$files" | head -1)"
-outside=$(grep -v -E '^usr/(bin|share)/|/$' <<<"$files" || true)
-[ -z "$outside" ] || fail "files outside usr/bin and usr/share: $outside"
+outside=$(grep -v -E '^usr/(bin|share|lib/pivotel)/|/$' <<<"$files" || true)
+[ -z "$outside" ] || fail "files outside usr/bin, usr/lib/pivotel and usr/share: $outside"
 echo "$(basename "$deb"): $(wc -l <<<"$files") entries; Depends: $(field Depends)"

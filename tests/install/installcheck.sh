@@ -21,14 +21,17 @@ check() { # PREFIX FILE...: the installed pivotel-cli works, and the files are t
     { printf 'P6\n32 16\n255\n'; head -c $((32 * 16 * 3)) /dev/zero; } | cjpeg >"$work/photo.jpg"
     "$cli" -q --action=cw "$work/photo.jpg" || fail "$cli failed the turn"
     rdjpgcom -verbose "$work/photo.jpg" | grep -q '16w \* 32h' || fail "$cli did not turn the photo"
+    # The picture check's module is found from the install, wherever a test build's may be.
+    env -u PIVOTEL_LOOK_MODULE "$cli" -q --look --dry-run "$work/photo.jpg" ||
+        fail "$cli --look did not find the picture check"
 }
 
 whole="$work/prefix with space"
 cmake --install "$build" --prefix "$whole" >/dev/null
-check "$whole" share/pivotel/pivotel.pdf share/pivotel/exiftool/exiftool
+check "$whole" lib/pivotel/libpivotel-look.so share/pivotel/pivotel.pdf share/pivotel/exiftool/exiftool
 
 packaged="$work/packaged"
 cmake --install "$build" --prefix "$packaged" --component pivotel >/dev/null
 [ ! -e "$packaged/share/pivotel/exiftool" ] || fail "the packaged layout carries exiftool"
-check "$packaged" share/pivotel/pivotel.pdf
+check "$packaged" lib/pivotel/libpivotel-look.so share/pivotel/pivotel.pdf
 echo "installed twice and turned a photo from each"
