@@ -13,7 +13,6 @@
 #include "metadata/resolutionrewrite.h"
 #include "photolist/probes.h"
 #include "support/machine.h"
-#include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "support/places.h"
 
@@ -140,8 +139,6 @@ std::optional<RunSession::Admission> RunSession::admitnext(const std::vector<qin
         inuse_ += admission.need;
     const bool begins = !stop_;
     lock.unlock();
-    if (begins && admission.fits)
-        heaponhugepages(static_cast<std::size_t>(admission.need));
     if (begins)
         emit photostarted(admission.index, photo.name);
     lock.lock();

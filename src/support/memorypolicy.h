@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
 namespace pivotel {
 
 // A re-encoding run decodes each photo into a buffer of about a hundred megabytes and the
@@ -23,13 +21,5 @@ void reusephotobuffers();
 // second start gives the environment back as it was, for the programs it runs. Call it first
 // thing in main.
 void restartwithhugepages(char* argv[]);
-
-// A run that doesn't start again (no worker turns a second photo, so the second start would cost
-// more than it saves) can still have huge pages for its photos: before a photo begins, this
-// grows the heap by the photo's need and asks for huge pages there while none of it is touched
-// yet, so the photo's blocks, carved from it next, fault in 2 MB at a time: a 24-megapixel turn
-// takes some 38,000 faults fewer. Needs reusephotobuffers (large blocks from the heap). Does
-// nothing where the kernel gives no huge pages or gives them anyway, or the tunable decides.
-void heaponhugepages(std::size_t bytes);
 
 } // namespace pivotel

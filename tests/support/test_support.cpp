@@ -75,64 +75,28 @@ TEST(Machine, SizesAreReadAndWrittenAsPeopleWriteThem) {
         EXPECT_EQ(sizetext(bytes), QLatin1String(text));
 }
 
-namespace {
-
-bool kernelgiveshugepages() {
-    QFile modes(QStringLiteral("/sys/kernel/mm/transparent_hugepage/enabled"));
-    return modes.open(QIODevice::ReadOnly) && modes.readAll().contains("[madvise]");
-}
-
-// Runs the probe with GLIBC_TUNABLES as given (nullptr: unset) and returns the lines it prints.
-QStringList probehugepages(const char* tunables, const QStringList& arguments = {}) {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("GLIBC_TUNABLES"));
-    if (tunables != nullptr)
-        environment.insert(QStringLiteral("GLIBC_TUNABLES"), QString::fromLatin1(tunables));
-    QProcess probe;
-    probe.setProcessEnvironment(environment);
-    probe.start(QStringLiteral(HUGEPAGESPROBE), arguments);
-    EXPECT_TRUE(probe.waitForFinished(10000));
-    return QString::fromLatin1(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
-}
-
-} // namespace
-
 // The programs start again once with the C library's heap on huge pages, and give the programs
 // they run the environment they were given; a user's own choice of the tunable stands.
 TEST(MemoryPolicy, ProgramsStartOnHugePagesAndPassTheEnvironmentOnAsItWas) {
-    const bool kernelgives = kernelgiveshugepages();
+    QFile modes(QStringLiteral("/sys/kernel/mm/transparent_hugepage/enabled"));
+    const bool kernelgives = modes.open(QIODevice::ReadOnly) && modes.readAll().contains("[madvise]");
     const struct {
         const char* tunables; // nullptr: unset
         bool huge;
     } cases[] = {
         {nullptr, kernelgives}, {"glibc.malloc.arena_max=2", kernelgives}, {"glibc.malloc.hugetlb=0", false}};
     for (const auto& c : cases) {
-        const QStringList said = probehugepages(c.tunables);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("GLIBC_TUNABLES"));
+        if (c.tunables != nullptr)
+            environment.insert(QStringLiteral("GLIBC_TUNABLES"), QString::fromLatin1(c.tunables));
+        QProcess probe;
+        probe.setProcessEnvironment(environment);
+        probe.start(QStringLiteral(HUGEPAGESPROBE), {});
+        ASSERT_TRUE(probe.waitForFinished(10000));
+        const QStringList said = QString::fromLatin1(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
         ASSERT_GE(said.size(), 2) << c.tunables;
         EXPECT_EQ(said[0], c.huge ? QStringLiteral("huge") : QStringLiteral("plain")) << c.tunables;
         EXPECT_EQ(said[1], QString::fromLatin1(c.tunables != nullptr ? c.tunables : "(unset)"));
-    }
-}
-
-// A short run, which doesn't start again, readies the heap before each photo so that the photo's
-// buffers lie on huge pages all the same; a user who turned the tunable off keeps 4 KB pages.
-TEST(MemoryPolicy, AShortRunStillPutsAPhotosBuffersOnHugePages) {
-    if (!kernelgiveshugepages())
-        GTEST_SKIP() << "the kernel gives no huge pages on request";
-    const struct {
-        const char* tunables;
-        int megabytes;
-        bool huge;
-    } cases[] = {{nullptr, 64, true}, {nullptr, 300, true}, {"glibc.malloc.hugetlb=0", 64, false}};
-    for (const auto& c : cases) {
-        const QStringList said =
-            probehugepages(c.tunables, {QStringLiteral("--heap"), QString::number(c.megabytes)});
-        const long kilobytes = said.value(0).toLong();
-        ASSERT_GE(kilobytes, 0) << c.megabytes;
-        // All but the unaligned ends of the block, with room for pages the kernel had no huge one for.
-        if (c.huge)
-            EXPECT_GE(kilobytes, (c.megabytes - 4) * 1024 * 3 / 4) << c.megabytes;
-        else
-            EXPECT_EQ(kilobytes, 0) << c.tunables;
     }
 }
