@@ -163,8 +163,8 @@ std::vector<PhotoReport> runengine(const WorkList& work, const RunOptions& optio
 } // namespace
 
 int main(int argc, char* argv[]) {
-    // A run in which no worker turns a second photo gains nothing from huge pages: faulting them
-    // in costs more than the one turn saves, and the second start costs its own.
+    // A run in which no worker turns a second photo doesn't start again on huge pages: a phone
+    // photo's turn gains less from them than the second start costs.
     if (mayreusebuffers(argc, argv, corecount()))
         restartwithhugepages(argv);
     catchstopsignals();

@@ -5,6 +5,7 @@
 #include <malloc.h>
 #endif
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <unistd.h>
@@ -17,6 +18,20 @@ void reusephotobuffers() {
     mallopt(M_MMAP_MAX, 0);                        // large blocks from the heap, not mapped each time
     mallopt(M_TRIM_THRESHOLD, 1024 * 1024 * 1024); // and kept there when freed
 #endif
+}
+
+bool freememorygoestohost(const std::string& sys) {
+    // A balloon device's features, one character per bit; bit 5 is free page reporting.
+    constexpr std::size_t reporting = 5;
+    std::error_code error; // runs first thing in main: nothing may throw
+    for (std::filesystem::directory_iterator device(sys + "/bus/virtio/drivers/virtio_balloon", error), end;
+         !error && device != end; device.increment(error)) {
+        std::string features;
+        std::getline(std::ifstream(device->path() / "features"), features);
+        if (features.size() > reporting && features[reporting] == '1')
+            return true;
+    }
+    return false;
 }
 
 void restartwithhugepages(char* argv[]) {
@@ -41,6 +56,8 @@ void restartwithhugepages(char* argv[]) {
     std::getline(std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"), modes);
     if (modes.find("[madvise]") == std::string::npos)
         return; // none to be had, or ("always") the heap gets them anyway
+    if (freememorygoestohost())
+        return;
     const std::string was = set != nullptr ? std::string("set:") + set : std::string("unset");
     const std::string with = set != nullptr && *set != 0 ? std::string(set) + ":glibc.malloc.hugetlb=1"
                                                          : std::string("glibc.malloc.hugetlb=1");

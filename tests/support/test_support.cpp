@@ -1,8 +1,10 @@
 #include "support/filestamp.h"
 #include "support/machine.h"
+#include "support/memorypolicy.h"
 #include "support/nativepath.h"
 #include "support/testphotos.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -11,6 +13,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <vector>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -79,7 +82,8 @@ TEST(Machine, SizesAreReadAndWrittenAsPeopleWriteThem) {
 // they run the environment they were given; a user's own choice of the tunable stands.
 TEST(MemoryPolicy, ProgramsStartOnHugePagesAndPassTheEnvironmentOnAsItWas) {
     QFile modes(QStringLiteral("/sys/kernel/mm/transparent_hugepage/enabled"));
-    const bool kernelgives = modes.open(QIODevice::ReadOnly) && modes.readAll().contains("[madvise]");
+    const bool kernelgives =
+        modes.open(QIODevice::ReadOnly) && modes.readAll().contains("[madvise]") && !freememorygoestohost();
     const struct {
         const char* tunables; // nullptr: unset
         bool huge;
@@ -98,5 +102,35 @@ TEST(MemoryPolicy, ProgramsStartOnHugePagesAndPassTheEnvironmentOnAsItWas) {
         ASSERT_GE(said.size(), 2) << c.tunables;
         EXPECT_EQ(said[0], c.huge ? QStringLiteral("huge") : QStringLiteral("plain")) << c.tunables;
         EXPECT_EQ(said[1], QString::fromLatin1(c.tunables != nullptr ? c.tunables : "(unset)"));
+    }
+}
+
+// Huge pages are left alone in a virtual machine whose balloon hands free memory back to the
+// host: read from the balloon devices' feature bits, bit 5 being free page reporting.
+TEST(MemoryPolicy, FreeMemoryGoesToTheHostOnlyWhereABalloonReportsIt) {
+    const struct {
+        std::vector<const char*> features; // one balloon device each; empty: no balloon driver
+        bool reported;
+    } cases[] = {
+        {{}, false},
+        {{"0110000000000000"}, false},                    // statistics and deflate on OOM only
+        {{"0110010100000000"}, true},                     // as Firecracker's, with reporting
+        {{"01100"}, false},                               // too short to say
+        {{"0000000000000000", "0000010000000000"}, true}, // the second of two
+    };
+    for (const auto& c : cases) {
+        QTemporaryDir sys;
+        if (!c.features.empty()) {
+            const QString driver = sys.filePath(QStringLiteral("bus/virtio/drivers/virtio_balloon"));
+            ASSERT_TRUE(QDir().mkpath(driver));
+            writebytes(driver + QStringLiteral("/bind"), "");
+            for (std::size_t i = 0; i < c.features.size(); ++i) {
+                const QString device = driver + QStringLiteral("/virtio%1").arg(i);
+                ASSERT_TRUE(QDir().mkpath(device));
+                writebytes(device + QStringLiteral("/features"), QByteArray(c.features[i]) + '\n');
+            }
+        }
+        EXPECT_EQ(freememorygoestohost(QFile::encodeName(sys.path()).toStdString()), c.reported)
+            << c.features.size();
     }
 }
