@@ -10,8 +10,13 @@
 #include "jpeg/turnedheader.h"
 #include "support/fileio.h"
 
+#include <algorithm>
+#include <atomic>
 #include <new>
 #include <optional>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace pivotel {
 
@@ -57,6 +62,42 @@ struct Frame {
     int width = 0, height = 0, blockwidth = 8, blockheight = 8;
 };
 
+// A row of a source component's blocks, as libjpeg holds it.
+struct SourceRow {
+    int component;
+    int row;
+    const short* blocks;
+    int count;
+};
+
+// Places the rows, turned, in `planes` on up to `threads` threads; answers how many blocks went.
+long long placerows(CoefficientPlanes& planes, const BlockTurn& turn, const std::vector<SourceRow>& rows,
+                    int threads) {
+    constexpr std::size_t batch = 16; // rows taken at a time: few enough to share the work out evenly
+    std::atomic<std::size_t> next{0};
+    std::atomic<long long> placed{0};
+    const auto work = [&] {
+        long long mine = 0;
+        for (std::size_t first = next.fetch_add(batch); first < rows.size(); first = next.fetch_add(batch)) {
+            for (std::size_t i = first; i < std::min(first + batch, rows.size()); ++i)
+                mine += turn.placerow(planes, rows[i].component, rows[i].row, rows[i].blocks, rows[i].count);
+        }
+        placed += mine;
+    };
+    std::vector<std::thread> helpers;
+    const int extra = std::clamp(threads, 1, int(rows.size() / batch) + 1) - 1;
+    try {
+        for (int i = 0; i < extra; ++i)
+            helpers.emplace_back(work);
+    } catch (const std::system_error&) {
+        // No more threads to be had: those there are place every row.
+    }
+    work();
+    for (std::thread& helper : helpers)
+        helper.join();
+    return placed;
+}
+
 class SourceReader {
   public:
     explicit SourceReader(const QByteArray& data) : data_(data) { info_.err = error_.install(); }
@@ -89,24 +130,29 @@ class SourceReader {
     }
 
     // Reads all the coded data and puts each block, turned, where it goes in `planes`, one row
-    // of blocks at a time. Answers how many blocks it placed, or -1 when libjpeg gave up.
-    long long turnblocks(CoefficientPlanes& planes, const BlockTurn& turn) {
+    // of blocks at a time, on up to `threads` threads. Answers how many blocks it placed, or -1
+    // when libjpeg gave up.
+    long long turnblocks(CoefficientPlanes& planes, const BlockTurn& turn, int threads) {
         if (setjmp(error_.jump))
             return -1;
         start();
         jvirt_barray_ptr* arrays = jpeg_read_coefficients(&info_);
         if (std::size_t(info_.num_components) != planes.components.size())
             return -1;
-        long long placed = 0;
+        // The rows are found first, here: libjpeg keeps the arrays whole in memory (it has no
+        // backing store), so they stay put while other threads place them, each block to a
+        // place of its own. They are a member: libjpeg's longjmp must skip no destructor.
+        rows_.clear();
         for (int ci = 0; ci < info_.num_components; ++ci) {
             const jpeg_component_info& component = info_.comp_info[ci];
             for (JDIMENSION row = 0; row < component.height_in_blocks; ++row) {
                 const JBLOCKARRAY blocks = (*info_.mem->access_virt_barray)(
                     reinterpret_cast<j_common_ptr>(&info_), arrays[ci], row, 1, FALSE);
-                placed += turn.placerow(planes, ci, int(row), blocks[0][0], int(component.width_in_blocks));
+                rows_.push_back({ci, int(row), blocks[0][0], int(component.width_in_blocks)});
             }
         }
-        jpeg_finish_decompress(&info_);
+        const long long placed = placerows(planes, turn, rows_, threads);
+        jpeg_finish_decompress(&info_); // frees the arrays
         return placed;
     }
 
@@ -123,6 +169,7 @@ class SourceReader {
     const QByteArray& data_;
     JpegError error_;
     jpeg_decompress_struct info_{};
+    std::vector<SourceRow> rows_;
 };
 
 struct Turned {
@@ -161,7 +208,7 @@ std::optional<Turned> progressivetransform(const QByteArray& data, JpegTransform
     const BlockTurn turn(op, header->sourcewidth, header->sourceheight, header->frame);
     SourceReader reader(data);
     // Every block of the new frame must have come from somewhere.
-    if (reader.turnblocks(header->frame, turn) != blocks)
+    if (reader.turnblocks(header->frame, turn, threads) != blocks)
         return std::nullopt;
     auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
     if (!written)
