@@ -28,6 +28,7 @@ done
 xdotool getmouselocation >/dev/null 2>&1 || { echo "The display $DISPLAY does not answer" >&2; exit 1; }
 export XDG_CONFIG_HOME="$out/windowstart-config"
 times=()
+refused=0
 for ((r = 0; r < runs; r++)); do
     rm -rf "$XDG_CONFIG_HOME" "$XDG_DATA_HOME/com.zenthori.pivotel"
     settle
@@ -38,6 +39,13 @@ for ((r = 0; r < runs; r++)); do
     waited=0
     until xdotool search --onlyvisible --pid "$app" >/dev/null 2>&1; do
         sleep 0.005
+        # Xvfb now and then turns a new client away while xdotool comes and goes this often
+        # (about one launch in ten here; none without the polling): that launch is taken again.
+        if ! kill -0 "$app" 2>/dev/null && grep -q "could not connect to display" "$out/windowstart.log" &&
+            ((refused++ < 10)); then
+            ((r--)) || true
+            continue 2
+        fi
         if ((++waited > 4000)); then # some 20 s: not shown at all
             echo "The window of launch $((r + 1)) was never shown" >&2
             exit 1
@@ -47,5 +55,6 @@ for ((r = 0; r < runs; r++)); do
     kill "$app"
     wait "$app" 2>/dev/null || true
 done
+((refused == 0)) || echo "($refused launches the display turned away were taken again)"
 ms=$(printf '%s\n' "${times[@]}" | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }')
 printf 'launch to window shown, median of %d: %.0f ms\n' "$runs" "$(echo "$ms * 1000" | bc -l)"
