@@ -1,14 +1,13 @@
 #include "jpeg/progressivewriter.h"
 
 #include "jpeg/jpegerror.h"
+#include "support/machine.h"
 
 #include <algorithm>
 #include <atomic>
 #include <new>
 #include <numeric>
 #include <optional>
-#include <system_error>
-#include <thread>
 
 namespace pivotel {
 
@@ -74,17 +73,7 @@ Result<QByteArray> writeprogressive(QByteArray head, const CoefficientPlanes& pl
             }
         }
     };
-    std::vector<std::thread> helpers;
-    const int extra = std::clamp(threads, 1, int(script.size())) - 1;
-    try {
-        for (int i = 0; i < extra; ++i)
-            helpers.emplace_back(work);
-    } catch (const std::system_error&) {
-        // No more threads to be had: those there are do all the scans.
-    }
-    work();
-    for (std::thread& helper : helpers)
-        helper.join();
+    runonthreads(std::min(threads, int(script.size())), work);
 
     qsizetype total = head.size() + 2;
     for (const auto& scan : coded) {

@@ -1,6 +1,7 @@
 #include "jpeg/scancheck.h"
 
 #include "jpeg/segments.h"
+#include "support/machine.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +11,6 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <system_error>
 #include <thread>
 #include <vector>
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)

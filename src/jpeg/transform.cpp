@@ -9,13 +9,12 @@
 #include "jpeg/turbojpeg.h"
 #include "jpeg/turnedheader.h"
 #include "support/fileio.h"
+#include "support/machine.h"
 
 #include <algorithm>
 #include <atomic>
 #include <new>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace pivotel {
@@ -84,17 +83,7 @@ long long placerows(CoefficientPlanes& planes, const BlockTurn& turn, const std:
         }
         placed += mine;
     };
-    std::vector<std::thread> helpers;
-    const int extra = std::clamp(threads, 1, int(rows.size() / batch) + 1) - 1;
-    try {
-        for (int i = 0; i < extra; ++i)
-            helpers.emplace_back(work);
-    } catch (const std::system_error&) {
-        // No more threads to be had: those there are place every row.
-    }
-    work();
-    for (std::thread& helper : helpers)
-        helper.join();
+    runonthreads(std::min(threads, int(rows.size() / batch) + 1), work);
     return placed;
 }
 

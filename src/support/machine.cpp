@@ -3,12 +3,29 @@
 #include <QRegularExpression>
 #include <QThread>
 #include <cmath>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace pivotel {
 
 int corecount() {
     return qMax(1, QThread::idealThreadCount());
+}
+
+void runonthreads(int threads, const std::function<void()>& work) {
+    std::vector<std::thread> helpers;
+    for (int i = 1; i < threads; ++i) {
+        try {
+            helpers.emplace_back(work);
+        } catch (const std::system_error&) {
+            break; // no more threads to be had: those there are do all the work
+        }
+    }
+    work();
+    for (std::thread& helper : helpers)
+        helper.join();
 }
 
 qint64 physicalmemory() {

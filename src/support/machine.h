@@ -1,12 +1,18 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <optional>
 
 namespace pivotel {
 
 // The processor cores this process may run on, at least 1.
 [[nodiscard]] int corecount();
+
+// Runs `work` on the calling thread and at once on up to `threads` - 1 more (fewer where the
+// system gives no more), and returns when each has returned. `work` takes its tasks from a share
+// of its own until none are left.
+void runonthreads(int threads, const std::function<void()>& work);
 
 // The machine's physical memory in bytes.
 [[nodiscard]] qint64 physicalmemory();
