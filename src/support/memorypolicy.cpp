@@ -34,7 +34,7 @@ bool freememorygoestohost(const std::string& sys) {
     return false;
 }
 
-void restartwithhugepages(char* argv[]) {
+void restartwithhugepages(char* argv[], const std::string& sys) {
 #if defined(__linux__) && defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 35)
     static const char tunables[] = "GLIBC_TUNABLES";
     static const char before[] = "PIVOTEL_TUNABLES_BEFORE"; // "unset", or "set:" and the value
@@ -53,10 +53,10 @@ void restartwithhugepages(char* argv[]) {
     if (set != nullptr && std::strstr(set, "glibc.malloc.hugetlb") != nullptr)
         return; // the user's choice
     std::string modes;
-    std::getline(std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"), modes);
+    std::getline(std::ifstream(sys + "/kernel/mm/transparent_hugepage/enabled"), modes);
     if (modes.find("[madvise]") == std::string::npos)
         return; // none to be had, or ("always") the heap gets them anyway
-    if (freememorygoestohost())
+    if (freememorygoestohost(sys))
         return;
     const std::string was = set != nullptr ? std::string("set:") + set : std::string("unset");
     const std::string with = set != nullptr && *set != 0 ? std::string(set) + ":glibc.malloc.hugetlb=1"
@@ -67,6 +67,7 @@ void restartwithhugepages(char* argv[]) {
     giveback(was); // not started again: on as it is
 #else
     (void)argv;
+    (void)sys;
 #endif
 }
 

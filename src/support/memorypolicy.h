@@ -21,9 +21,9 @@ void reusephotobuffers();
 // huge pages to those who ask (its "madvise" mode) and the user hasn't set that tunable either
 // way, this starts the program again, once, with it set (same process, same arguments); the
 // second start gives the environment back as it was, for the programs it runs. Not in a virtual
-// machine that gives its free memory back to the host (freememorygoestohost). Call it first thing
-// in main.
-void restartwithhugepages(char* argv[]);
+// machine that gives its free memory back to the host (freememorygoestohost). `sys` is where
+// sysfs is mounted. Call it first thing in main.
+void restartwithhugepages(char* argv[], const std::string& sys = "/sys");
 
 // True in a virtual machine whose balloon device reports free memory to the host, which takes it
 // back: every free 2 MB block goes, so a huge page is faulted in from the host anew, and a

@@ -1,6 +1,6 @@
-// Started by test_support: starts itself again with huge pages as the programs do, then prints
-// whether this start had the tunable set and what GLIBC_TUNABLES now holds for the programs it
-// would run.
+// Started by test_support: starts itself again with huge pages as the programs do (sysfs read
+// from the folder given as its argument, else /sys), then prints whether this start had the
+// tunable set and what GLIBC_TUNABLES now holds for the programs it would run.
 
 #include "support/memorypolicy.h"
 
@@ -10,8 +10,8 @@
 #include <iterator>
 #include <string>
 
-int main(int, char* argv[]) {
-    pivotel::restartwithhugepages(argv);
+int main(int argc, char* argv[]) {
+    pivotel::restartwithhugepages(argv, argc > 1 ? argv[1] : "/sys");
     std::ifstream environ("/proc/self/environ"); // what this start began with
     const std::string began{std::istreambuf_iterator<char>(environ), std::istreambuf_iterator<char>()};
     const char* now = std::getenv("GLIBC_TUNABLES");
