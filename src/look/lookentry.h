@@ -11,14 +11,13 @@ namespace pivotel {
 // The check itself, in the calling process: what the module runs.
 Status lookatphotoshere(const QStringList& paths, int jobs,
                         const std::function<void(qsizetype, const LookVerdict&)>& ondone,
-                        const std::function<bool()>& stopped = {});
+                        const std::function<bool()>& stopped);
 
 // What the module hands the program that loads it. A module whose `abi` differs is refused
 // rather than called with arguments it reads otherwise.
 struct LookEntry {
     int abi;
-    Status (*lookatphotos)(const QStringList&, int, const std::function<void(qsizetype, const LookVerdict&)>&,
-                           const std::function<bool()>&);
+    decltype(&lookatphotoshere) lookatphotos;
 };
 inline constexpr int lookabi = 1;
 inline constexpr const char* lookentrysymbol = "pivotel_lookentry";
