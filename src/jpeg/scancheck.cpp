@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <system_error>
 #include <thread>
 #include <vector>
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
@@ -64,6 +65,21 @@ ScanCheck decodescans(QByteArrayView picture, ScanDecoder decoder, int threads) 
     (void)decoder;
 #endif
     return anyprocessor::decode(picture, threads);
+}
+
+bool readcoefficients(QByteArrayView picture, ScanDecoder decoder, const BlockRowSink& place, int threads) {
+#ifdef PIVOTEL_SCAN_BMI2_BUILD
+    if (decoder == ScanDecoder::Bmi2)
+        return withbmi2::readcoefficients(picture, place, threads);
+#else
+    (void)decoder;
+#endif
+    return anyprocessor::readcoefficients(picture, place, threads);
+}
+
+bool readcoefficients(QByteArrayView picture, const BlockRowSink& place, int threads) {
+    static const ScanDecoder best = scandecodershere().back();
+    return readcoefficients(picture, best, place, threads);
 }
 
 ScanCheck decodescans(QByteArrayView picture, int threads) {

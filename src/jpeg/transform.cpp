@@ -4,6 +4,7 @@
 #include "jpeg/datasource.h"
 #include "jpeg/jpegerror.h"
 #include "jpeg/progressivewriter.h"
+#include "jpeg/scancheck.h"
 #include "jpeg/segments.h"
 #include "jpeg/transformop.h"
 #include "jpeg/turbojpeg.h"
@@ -161,6 +162,33 @@ class SourceReader {
     std::vector<SourceRow> rows_;
 };
 
+// Reads a sound sequential photo's coefficients with our own decoder, placing each row of
+// blocks as soon as it is read: libjpeg would first hold all of them in arrays of its own, tens
+// of megabytes for a camera photo, and read on one thread. Answers how many blocks went, or -1
+// for a photo it leaves to libjpeg: another kind of JPEG, flawed data, or anything libjpeg
+// warns of in its header, which the turn must report as libjpeg words it.
+long long ownread(const QByteArray& data, CoefficientPlanes& planes, const BlockTurn& turn, int threads) {
+    const auto end = pictureend(data);
+    if (!end)
+        return -1;
+    SourceReader header(data);
+    Frame frame;
+    if (!header.header(frame) || !header.warning().isEmpty())
+        return -1;
+    long long placed = 0; // by one thread at a time
+    const BlockRowSink place = [&](int component, int row, const int16_t* blocks, int count) {
+        if (std::size_t(component) < planes.components.size())
+            placed += turn.placerow(planes, component, row, blocks, count);
+    };
+    try {
+        if (!readcoefficients(QByteArrayView(data).first(*end), place, threads))
+            return -1;
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
+    return placed;
+}
+
 struct Turned {
     QByteArray bytes;
     QString warning; // libjpeg's, about flawed data it read past; empty for sound data
@@ -195,14 +223,20 @@ std::optional<Turned> progressivetransform(const QByteArray& data, JpegTransform
         return std::nullopt;
 
     const BlockTurn turn(op, header->sourcewidth, header->sourceheight, header->frame);
-    SourceReader reader(data);
+    long long placed = ownread(data, header->frame, turn, threads);
+    QString warning;
+    if (placed < 0) {
+        SourceReader reader(data);
+        placed = reader.turnblocks(header->frame, turn, threads);
+        warning = reader.warning();
+    }
     // Every block of the new frame must have come from somewhere.
-    if (reader.turnblocks(header->frame, turn, threads) != blocks)
+    if (placed != blocks)
         return std::nullopt;
     auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
     if (!written)
         return std::nullopt;
-    return Turned{std::move(written).value(), reader.warning()};
+    return Turned{std::move(written).value(), warning};
 }
 
 // libjpeg writes an Adobe segment of its own for the colour transform, with Adobe's flags

@@ -217,6 +217,8 @@ TEST_F(Rotators, TurnFlawedDataAsItReadsAndCmykInItsOwnColoursAndRefuseWhatCantB
     const QByteArray sound = readbytes(source);
     const qsizetype end = sound.size() - 2, scan = sound.indexOf("\xFF\xDA"), middle = (scan + end) / 2;
     ASSERT_NE(uchar(sound[middle - 1]), 0xFF);
+    QByteArray jfif3 = sound;
+    jfif3[jfif3.indexOf("JFIF") + 5] = 3;
     // Early in a scan long enough for libjpeg's quick Huffman path, which reads a bad code as zero
     // without a warning: 24 one bits (0xFF, stuffed) are no code.
     writepattern(source, 640, 480, Sampling::S420);
@@ -244,6 +246,7 @@ TEST_F(Rotators, TurnFlawedDataAsItReadsAndCmykInItsOwnColoursAndRefuseWhatCantB
                  {"stray bytes between two header segments", sound.left(20) + "\x12\x34" + sound.mid(20),
                   true, true, "extraneous bytes"},
                  {"the last bytes missing", sound.chopped(12), true, true, "premature end"},
+                 {"a JFIF segment of a version libjpeg doesn't know", jfif3, true, true, "JFIF revision"},
                  {"a bad Huffman code", huffman, true, true, "bad Huffman code"},
                  {"an unknown marker in the scan", sound.left(middle) + "\xFF\x37" + sound.mid(middle + 2),
                   true, false, nullptr},

@@ -2,6 +2,7 @@
 // tjTransform writes it, whatever the thread count and whichever build of the scan coder. And our
 // scan decoder, which checks such files, against libjpeg: it never passes what libjpeg stops at.
 
+#include "jpeg/jpegerror.h"
 #include "jpeg/photofixture.h"
 #include "jpeg/scancheck.h"
 #include "jpeg/scancoder.h"
@@ -10,6 +11,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <map>
+#include <optional>
 #include <turbojpeg.h>
 
 using namespace pivotel;
@@ -147,7 +150,92 @@ bool libjpegdecodes(QByteArrayView picture) {
     return ok;
 }
 
+// Every row of blocks libjpeg reads for a transform, by component and row; none when it stops or
+// warns.
+using BlockRows = std::map<std::pair<int, int>, std::vector<int16_t>>;
+std::optional<BlockRows> libjpegrows(QByteArrayView jpeg) {
+    JpegError error;
+    jpeg_decompress_struct info{};
+    info.err = error.install();
+    BlockRows rows;
+    bool read = false;
+    if (setjmp(error.jump) == 0) {
+        jpeg_create_decompress(&info);
+        jpeg_mem_src(&info, reinterpret_cast<const unsigned char*>(jpeg.data()), static_cast<unsigned long>(jpeg.size()));
+        jpeg_read_header(&info, TRUE);
+        jvirt_barray_ptr* arrays = jpeg_read_coefficients(&info);
+        for (int ci = 0; ci < info.num_components; ++ci) {
+            const jpeg_component_info& c = info.comp_info[ci];
+            for (JDIMENSION row = 0; row < c.height_in_blocks; ++row) {
+                const JBLOCKARRAY blocks = (*info.mem->access_virt_barray)(
+                    reinterpret_cast<j_common_ptr>(&info), arrays[ci], row, 1, FALSE);
+                const short* first = blocks[0][0];
+                rows[{ci, int(row)}].assign(first, first + std::size_t(c.width_in_blocks) * 64);
+            }
+        }
+        jpeg_finish_decompress(&info);
+        read = error.warningtext().isEmpty();
+    }
+    jpeg_destroy_decompress(&info);
+    return read ? std::optional(rows) : std::nullopt;
+}
+
 } // namespace
+
+// Our reader of a sequential photo's coefficients, which turns take instead of libjpeg's, on
+// every kind of photo and on damaged copies: whatever it reads is what libjpeg reads, block for
+// block; whatever libjpeg stops at or warns of, it leaves to libjpeg, so that the flaw is named.
+TEST_F(Progressive, TheCoefficientReaderReadsWhatLibjpegReadsAndLeavesItEveryFlaw) {
+    unsigned seed = 3;
+    const auto random = [&seed](int below) {
+        seed = seed * 1103515245 + 12345;
+        return int((seed >> 8) % unsigned(below));
+    };
+    int flawed = 0, taken = 0;
+    for (const Source& source : sources) {
+        const QByteArray jpeg = compress(source);
+        const bool sequential = source.env == nullptr || QByteArray(source.env).startsWith("TJ_RESTART");
+        const qsizetype data = jpeg.indexOf("\xFF\xDA") + 14;
+        for (int round = 0; round <= 40; ++round) {
+            QByteArray damaged = jpeg;
+            const int at = int(data) + random(int(jpeg.size() - data) - 2);
+            if (round % 3 == 1)
+                damaged[at] = char(random(256));
+            else if (round % 3 == 2)
+                damaged = damaged.left(at) + "\xFF\xD9";
+            else if (round > 0)
+                damaged.remove(at, 1 + random(3));
+            const auto end = pictureend(damaged);
+            if (!end)
+                continue;
+            const QByteArrayView picture = QByteArrayView(damaged).first(*end);
+            const auto expected = libjpegrows(picture);
+            flawed += !expected;
+            for (ScanDecoder decoder : scandecodershere())
+                for (int threads : {1, 2}) {
+                    BlockRows rows;
+                    const bool read = readcoefficients(
+                        picture, decoder,
+                        [&](int component, int row, const int16_t* blocks, int count) {
+                            rows[{component, row}].assign(blocks, blocks + std::size_t(count) * 64);
+                        },
+                        threads);
+                    const auto what = testing::Message() << source.name << ", round " << round << ", decoder "
+                                                         << int(decoder) << ", " << threads << " thread(s)";
+                    if (round == 0) {
+                        EXPECT_EQ(read, sequential) << what;
+                    }
+                    if (read) {
+                        ++taken;
+                        ASSERT_TRUE(expected.has_value()) << what;
+                        EXPECT_TRUE(rows == *expected) << what;
+                    }
+                }
+        }
+    }
+    EXPECT_GT(flawed, 100); // the damage is real
+    EXPECT_GT(taken, 100);
+}
 
 TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites) {
     int threads = 0;
