@@ -2,7 +2,37 @@
 
 #include "jpeg/libjpegextras.h"
 
+#include <bit>
+#include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace pivotel {
+
+namespace {
+
+// Which of a block's 64 coefficients aren't zero, one bit each.
+uint64_t nonzeros(const short* block) {
+#ifdef __SSE2__
+    uint64_t zeros = 0;
+    const __m128i zero = _mm_setzero_si128();
+    for (int i = 0; i < 4; ++i) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + std::ptrdiff_t(16) * i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + std::ptrdiff_t(16) * i + 8));
+        const __m128i packed = _mm_packs_epi16(_mm_cmpeq_epi16(a, zero), _mm_cmpeq_epi16(b, zero));
+        zeros |= uint64_t(uint16_t(_mm_movemask_epi8(packed))) << (16 * i);
+    }
+    return ~zeros;
+#else
+    uint64_t bits = 0;
+    for (int n = 0; n < 64; ++n)
+        bits |= uint64_t(block[n] != 0) << n;
+    return bits;
+#endif
+}
+
+} // namespace
 
 BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
     Recipe r;
@@ -33,6 +63,8 @@ BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
             break;
         }
         r.flip[std::size_t(k)] = flip ? -1 : 0;
+        r.to[r.from[std::size_t(k)]] = uint8_t(k);
+        r.flipfrom[r.from[std::size_t(k)]] = r.flip[std::size_t(k)];
     }
     return r;
 }
@@ -123,9 +155,10 @@ long long BlockTurn::placerow(CoefficientPlanes& out, int component, int row, co
         const Recipe& r = recipes_[std::size_t(kind)];
         int16_t* to =
             plane.values.get() + (std::size_t(y) * std::size_t(plane.widthblocks) + std::size_t(x)) * 64;
-        for (int k = 0; k < 64; ++k) {
-            const int16_t value = blocks[r.from[std::size_t(k)]];
-            to[k] = int16_t((value ^ r.flip[std::size_t(k)]) - r.flip[std::size_t(k)]);
+        std::memset(to, 0, 64 * sizeof(int16_t));
+        for (uint64_t left = nonzeros(blocks); left != 0; left &= left - 1) {
+            const auto n = std::size_t(std::countr_zero(left));
+            to[r.to[n]] = int16_t((blocks[n] ^ r.flipfrom[n]) - r.flipfrom[n]);
         }
         plane.dcs[std::size_t(y) * std::size_t(plane.widthblocks) + std::size_t(x)] = to[0];
         ++placed;

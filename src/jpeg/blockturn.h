@@ -28,6 +28,10 @@ class BlockTurn {
     struct Recipe {
         std::array<uint8_t, 64> from{};
         std::array<int16_t, 64> flip{}; // 0 or -1
+        // The same the other way: where each source coefficient (natural order) goes, and
+        // whether its sign flips. Most coefficients are zero, and only the others are moved.
+        std::array<uint8_t, 64> to{};
+        std::array<int16_t, 64> flipfrom{};
     };
     enum Kind { Copy, FlipColumns, FlipRows, FlipBoth, Transpose, TurnRight, TurnLeft, Transverse, Kinds };
 
