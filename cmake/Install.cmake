@@ -6,7 +6,7 @@ set(PIVOTEL_SHARE_DIR ${CMAKE_INSTALL_DATADIR}/pivotel)
 
 install(TARGETS pivotel pivotel-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT pivotel)
 # The picture check's module, where the programs look for it: PREFIX/lib/pivotel.
-install(TARGETS pivotel-look LIBRARY DESTINATION lib/pivotel COMPONENT pivotel)
+install(TARGETS pivotel-look pivotel-pixels LIBRARY DESTINATION lib/pivotel COMPONENT pivotel)
 install(FILES ${PIVOTEL_MANUAL} DESTINATION ${PIVOTEL_SHARE_DIR} COMPONENT pivotel)
 # The bundled exiftool is its own component: a distribution's package leaves it out and depends
 # on the system's exiftool instead.

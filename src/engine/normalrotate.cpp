@@ -1,4 +1,4 @@
-#include "engine/normalrotate.h"
+#include "engine/pixelsengine.h"
 
 #include "engine/turnedpicture.h"
 #include "jpeg/decode.h"
@@ -42,14 +42,14 @@ Result<Rotation> reencode(const QString& path, Action action, const QString& tar
 
 } // namespace
 
-Result<Rotation> normalrotatenew(const QString& path, Action action, const QString& target, int quality) {
+Result<Rotation> normalrotatenewhere(const QString& path, Action action, const QString& target, int quality) {
     if (!hasextension(path, extensions::loadpicture()))
         return Status::failure(QStringLiteral("isn't named as a JPEG file (.jpg, .jpeg, .jfif, .jpe)"));
     return reencode(path, action, target,
                     [quality](EncodeSettings& settings, DecodedPicture&) { settings.quality = quality; });
 }
 
-Result<Rotation> reencodeatownquality(const QString& path, Action action, const QString& target) {
+Result<Rotation> reencodeatownqualityhere(const QString& path, Action action, const QString& target) {
     const bool swapped = swapssides(action);
     return reencode(path, action, target, [swapped](EncodeSettings& settings, DecodedPicture& picture) {
         settings.colorspace = picture.colorspace;

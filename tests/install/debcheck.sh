@@ -23,10 +23,9 @@ field() { dpkg-deb -f "$deb" "$1"; }
 depends=$(field Depends | tr ',' '\n' | sed -E 's/^ *//; s/ *\(.*//')
 grep -qx libimage-exiftool-perl <<<"$depends" || fail "Depends lacks libimage-exiftool-perl"
 grep -qx qt6-qpa-plugins <<<"$depends" || fail "Depends lacks the Qt platform plugins"
-# Every library the programs and the picture check's module need directly comes from a package
-# in Depends.
+# Every library the programs and their modules need directly comes from a package in Depends.
 for binary in "$build"/Pivotel.app/Contents/MacOS/{pivotel,pivotel-cli} \
-    "$build/Pivotel.app/Contents/PlugIns/libpivotel-look.so"; do
+    "$build"/Pivotel.app/Contents/PlugIns/libpivotel-{look,pixels}.so; do
     program=$(basename "$binary")
     for library in $(objdump -p "$binary" | awk '/NEEDED/ {print $2}'); do
         path=$(ldd "$binary" | awk -v l="$library" '$1 == l {print $3}')
@@ -38,7 +37,8 @@ for binary in "$build"/Pivotel.app/Contents/MacOS/{pivotel,pivotel-cli} \
 done
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}' | sed 's|^\./||')
-expected=(usr/bin/pivotel usr/bin/pivotel-cli usr/lib/pivotel/libpivotel-look.so usr/share/pivotel/pivotel.pdf
+expected=(usr/bin/pivotel usr/bin/pivotel-cli usr/lib/pivotel/libpivotel-look.so
+    usr/lib/pivotel/libpivotel-pixels.so usr/share/pivotel/pivotel.pdf
     usr/share/applications/com.zenthori.pivotel.desktop
     usr/share/metainfo/com.zenthori.pivotel.metainfo.xml
     usr/share/icons/hicolor/scalable/apps/com.zenthori.pivotel.svg

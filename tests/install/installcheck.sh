@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build into temporary prefixes and runs the installed pivotel-cli from there:
-# its version, and a turn of a small photo, which needs exiftool found from the install. Once
+# its version, a turn of a small photo, which needs exiftool found from the install, a look at it
+# and a re-encoding, which need the modules found from the install. Once
 # whole (the bundled exiftool under share/pivotel) and once as the .deb has it (the system's).
 # Usage: installcheck.sh BUILD_DIR VERSION
 set -euo pipefail
@@ -24,14 +25,18 @@ check() { # PREFIX FILE...: the installed pivotel-cli works, and the files are t
     # The picture check's module is found from the install, wherever a test build's may be.
     env -u PIVOTEL_LOOK_MODULE "$cli" -q --look --dry-run "$work/photo.jpg" ||
         fail "$cli --look did not find the picture check"
+    # So is the pixels module, which re-encodes: the photo turned back, 32x16 again.
+    env -u PIVOTEL_PIXELS_MODULE "$cli" -q --reencode --action=ccw "$work/photo.jpg" ||
+        fail "$cli --reencode did not find the pixels module"
+    rdjpgcom -verbose "$work/photo.jpg" | grep -q '32w \* 16h' || fail "$cli did not re-encode the photo"
 }
 
 whole="$work/prefix with space"
 cmake --install "$build" --prefix "$whole" >/dev/null
-check "$whole" lib/pivotel/libpivotel-look.so share/pivotel/pivotel.pdf share/pivotel/exiftool/exiftool
+check "$whole" lib/pivotel/libpivotel-look.so lib/pivotel/libpivotel-pixels.so share/pivotel/pivotel.pdf share/pivotel/exiftool/exiftool
 
 packaged="$work/packaged"
 cmake --install "$build" --prefix "$packaged" --component pivotel >/dev/null
 [ ! -e "$packaged/share/pivotel/exiftool" ] || fail "the packaged layout carries exiftool"
-check "$packaged" lib/pivotel/libpivotel-look.so share/pivotel/pivotel.pdf
+check "$packaged" lib/pivotel/libpivotel-look.so lib/pivotel/libpivotel-pixels.so share/pivotel/pivotel.pdf
 echo "installed twice and turned a photo from each"

@@ -19,9 +19,11 @@ int main(int argc, char** argv) {
         qputenv(QByteArray("XDG_") + place + "_HOME", QFile::encodeName(home.path() + '/' + place));
     // The window's update check at start goes nowhere: no test reaches the maker's server.
     qputenv("PIVOTEL_UPDATE_URL", "https://127.0.0.1:1/ver/pivotel.txt");
-    // Test programs live outside the bundle: the picture check's module is the build's.
+    // Test programs live outside the bundle: the modules are the build's.
     if (!qEnvironmentVariableIsSet("PIVOTEL_LOOK_MODULE"))
         qputenv("PIVOTEL_LOOK_MODULE", PIVOTEL_TEST_LOOKMODULE);
+    if (!qEnvironmentVariableIsSet("PIVOTEL_PIXELS_MODULE"))
+        qputenv("PIVOTEL_PIXELS_MODULE", PIVOTEL_TEST_PIXELSMODULE);
     Application app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
