@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <optional>
 #include <turbojpeg.h>
@@ -150,6 +151,29 @@ bool libjpegdecodes(QByteArrayView picture) {
     return ok;
 }
 
+// A copy of `sound` damaged in its coded data (from `data` on) as `round` says: a byte changed,
+// bytes dropped, a byte added, or the data cut short and an end marker put after it. Round 0
+// leaves it sound.
+QByteArray damagedcopy(const QByteArray& sound, qsizetype data, int round, const std::function<int(int)>& random) {
+    QByteArray damaged = sound;
+    const int at = int(data) + random(int(sound.size() - data) - 2);
+    switch (round % 4) {
+    case 1:
+        damaged[at] = char(random(256));
+        break;
+    case 2:
+        damaged.remove(at, 1 + random(3));
+        break;
+    case 3:
+        damaged.insert(at, char(random(256)));
+        break;
+    default:
+        damaged = round == 0 ? sound : damaged.left(at) + "\xFF\xD9";
+        break;
+    }
+    return damaged;
+}
+
 // Every row of blocks libjpeg reads for a transform, by component and row; none when it stops or
 // warns.
 using BlockRows = std::map<std::pair<int, int>, std::vector<int16_t>>;
@@ -197,14 +221,7 @@ TEST_F(Progressive, TheCoefficientReaderReadsWhatLibjpegReadsAndLeavesItEveryFla
         const bool sequential = source.env == nullptr || QByteArray(source.env).startsWith("TJ_RESTART");
         const qsizetype data = jpeg.indexOf("\xFF\xDA") + 14;
         for (int round = 0; round <= 40; ++round) {
-            QByteArray damaged = jpeg;
-            const int at = int(data) + random(int(jpeg.size() - data) - 2);
-            if (round % 3 == 1)
-                damaged[at] = char(random(256));
-            else if (round % 3 == 2)
-                damaged = damaged.left(at) + "\xFF\xD9";
-            else if (round > 0)
-                damaged.remove(at, 1 + random(3));
+            const QByteArray damaged = damagedcopy(jpeg, data, round, random);
             const auto end = pictureend(damaged);
             if (!end)
                 continue;
@@ -290,22 +307,7 @@ TEST_F(Progressive, TheScanDecoderPassesEverySoundPhotoAndNothingLibjpegRefuses)
             const bool arithmetic = sound.contains("\xFF\xC9") || sound.contains("\xFF\xCA");
             const qsizetype data = sound.indexOf("\xFF\xDA") + 14;
             for (int round = 0; round <= 60; ++round) {
-                QByteArray damaged = sound;
-                const int at = int(data) + random(int(sound.size() - data) - 2);
-                switch (round % 4) { // round 0 stays sound
-                case 1:
-                    damaged[at] = char(random(256));
-                    break;
-                case 2:
-                    damaged.remove(at, 1 + random(3));
-                    break;
-                case 3:
-                    damaged.insert(at, char(random(256)));
-                    break;
-                default:
-                    damaged = round == 0 ? sound : damaged.left(at) + "\xFF\xD9";
-                    break;
-                }
+                const QByteArray damaged = damagedcopy(sound, data, round, random);
                 const auto end = pictureend(damaged);
                 if (!end)
                     continue;
