@@ -23,9 +23,10 @@ Status writeworking(const QString& working, const QByteArray& bytes) {
 
 } // namespace
 
-Status finishturn(const QString& photo, const QString& working, Action action, const Rotation& rotated,
+Status finishturn(const QString& photo, const QString& working, Action action, Rotation rotated,
                   ExifTool& tool, QStringList& notes, int threads) {
-    const auto original = readwholefile(photo);
+    const auto original =
+        !rotated.source.isEmpty() ? Result<QByteArray>(std::move(rotated.source)) : readwholefile(photo);
     if (!original)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(original.reason()));
     // A photo whose picture can't be walked to its end (data cut short, which the rotators read
@@ -35,7 +36,8 @@ Status finishturn(const QString& photo, const QString& working, Action action, c
     if (!before)
         return before.status();
 
-    auto read = readwholefile(working);
+    auto read =
+        !rotated.bytes.isEmpty() ? Result<QByteArray>(std::move(rotated.bytes)) : readwholefile(working);
     if (!read)
         return Status::failure(QStringLiteral("the turned photo can't be read back (%1)").arg(read.reason()));
     QByteArray turned = std::move(read.value());

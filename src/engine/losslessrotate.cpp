@@ -58,7 +58,7 @@ QString edgenote(PartialEdges partial, Action action, bool trimmed) {
 } // namespace
 
 Result<Rotation> losslesstransform(const QString& source, const QString& target, Action action,
-                                   OddSizes oddsizes, int threads) {
+                                   OddSizes oddsizes, int threads, bool handon) {
     const auto data = readwholefile(source);
     if (!data)
         return Status::failure(QStringLiteral("can't be read (%1)").arg(data.reason()));
@@ -84,10 +84,20 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     const EdgePolicy edges = partial->perfect()           ? EdgePolicy::Perfect
                              : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
                                                           : EdgePolicy::Keep;
-    const auto warning = transformjpeg(*data, op, edges, target, threads);
-    if (!warning)
-        return warning.status();
+    auto turned = turnjpeg(*data, op, edges, threads);
+    if (!turned)
+        return turned.status();
     Rotation rotation;
+    if (handon) {
+        rotation.bytes = std::move(turned.value().bytes);
+    } else {
+        const QByteArray& bytes = turned.value().bytes;
+        if (Status written = writewholefile(target, bytes.constData(), bytes.size()); !written)
+            return Status::failure(
+                QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+    }
+    rotation.source = *data;
+    const QString& warning = turned.value().warning;
     rotation.size = probe->size;
     if (edges == EdgePolicy::Trim)
         rotation.size -= QSize(partial->columns, partial->rows);
@@ -95,14 +105,14 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
         rotation.size.transpose();
     if (edges != EdgePolicy::Perfect)
         rotation.notes << edgenote(*partial, action, edges == EdgePolicy::Trim);
-    if (!warning->isEmpty())
-        rotation.notes << flawnote(*warning);
+    if (!warning.isEmpty())
+        rotation.notes << flawnote(warning);
     return rotation;
 }
 
 Result<Rotation> losslessrotate(const QString& path, Action action, const QString& target, OddSizes oddsizes,
-                                int threads) {
-    return losslesstransform(path, target, action, oddsizes, threads);
+                                int threads, bool handon) {
+    return losslesstransform(path, target, action, oddsizes, threads, handon);
 }
 
 } // namespace pivotel

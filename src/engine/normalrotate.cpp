@@ -34,7 +34,8 @@ Result<Rotation> reencode(const QString& path, Action action, const QString& tar
     const TurnedPicture turned(std::move(picture.image), action);
     if (const Status encoded = encodejpeg(turned, settings, target); !encoded)
         return encoded;
-    Rotation rotation{QSize(turned.width(), turned.height()), {}};
+    Rotation rotation;
+    rotation.size = QSize(turned.width(), turned.height());
     if (!picture.warning.isEmpty())
         rotation.notes << flawnote(picture.warning);
     return rotation;

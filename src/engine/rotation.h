@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -12,6 +13,10 @@ struct Rotation {
     // What the turn did beyond turning that the photo's owner should hear of ("trimmed 8
     // pixels"); the report names it beside the photo.
     QStringList notes;
+    // The photo as the rotator read it, and the new content where the rotator handed it on
+    // rather than writing it: the steps after it read the files for what is empty here.
+    QByteArray source;
+    QByteArray bytes;
 };
 
 // The note for a photo whose flawed data (libjpeg's `warning`) was turned as it reads.

@@ -267,10 +267,12 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
         preparewriters(tool, photo.path);
     }
     step(options_.uselosslessrotation ? "turning it losslessly" : "re-encoding it");
-    const Result<Rotation> rotated =
-        options_.uselosslessrotation
-            ? losslessrotate(photo.path, photo.action, working, options_.oddsizes, codingthreads_)
-            : normalrotatenew(photo.path, photo.action, working, options_.quality);
+    // The roundabout way works on the working file before the last steps; otherwise the new
+    // content is written once, finished.
+    Result<Rotation> rotated = options_.uselosslessrotation
+                                   ? losslessrotate(photo.path, photo.action, working, options_.oddsizes,
+                                                    codingthreads_, !roundabout)
+                                   : normalrotatenew(photo.path, photo.action, working, options_.quality);
     if (!rotated)
         return rotated.status();
     if (dumped) {
@@ -284,8 +286,8 @@ Status RunSession::turnphoto(qint64 index, const PhotoRow& photo, int worker, Ex
             return upright;
     }
     step("setting its metadata upright and checking the new file");
-    if (Status finished =
-            finishturn(photo.path, working, photo.action, *rotated, tool, notes, codingthreads_);
+    if (Status finished = finishturn(photo.path, working, photo.action, std::move(rotated).value(), tool,
+                                     notes, codingthreads_);
         !finished)
         return finished;
     step("putting it in place");

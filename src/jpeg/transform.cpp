@@ -189,18 +189,13 @@ long long ownread(const QByteArray& data, CoefficientPlanes& planes, const Block
     return placed;
 }
 
-struct Turned {
-    QByteArray bytes;
-    QString warning; // libjpeg's, about flawed data it read past; empty for sound data
-};
-
 // The transform with our own progressive writer: libjpeg reads the coefficients, we move the
 // blocks and code the scans, several at once. The bytes are those TurboJPEG's own transform
 // would write, and no more coefficients are held than it holds. No answer when this path can't
 // be sure of that or libjpeg can't read the data: the caller then takes TurboJPEG's own path,
 // which words the errors.
-std::optional<Turned> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
-                                           int threads) {
+std::optional<TurnedJpeg> progressivetransform(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                                               int threads) {
     if (edges == EdgePolicy::Perfect) {
         const auto partial = partialedges(data, op);
         if (!partial || !partial->perfect())
@@ -236,7 +231,7 @@ std::optional<Turned> progressivetransform(const QByteArray& data, JpegTransform
     auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
     if (!written)
         return std::nullopt;
-    return Turned{std::move(written).value(), warning};
+    return TurnedJpeg{std::move(written).value(), warning};
 }
 
 // libjpeg writes an Adobe segment of its own for the colour transform, with Adobe's flags
@@ -284,8 +279,7 @@ Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
     return PartialEdges{};
 }
 
-Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
-                              const QString& target, int threads) {
+Result<TurnedJpeg> turnjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges, int threads) {
     auto turned = progressivetransform(data, op, edges, threads);
     if (!turned) {
         // libjpeg, reading the data as the transform does, says whether it can be read at all
@@ -299,14 +293,23 @@ Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePoli
             return Status::failure(library.baddata
                                        ? QStringLiteral("damaged JPEG data (%1)").arg(library.error)
                                        : library.error);
-        turned = Turned{std::move(library.bytes), reader.warning()};
+        turned = TurnedJpeg{std::move(library.bytes), reader.warning()};
     }
     keepadobesegment(data, turned->bytes);
-    const Status written = writewholefile(target, turned->bytes.constData(), turned->bytes.size());
+    return std::move(*turned);
+}
+
+Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                              const QString& target, int threads) {
+    auto turned = turnjpeg(data, op, edges, threads);
+    if (!turned)
+        return turned.status();
+    const QByteArray& bytes = turned.value().bytes;
+    const Status written = writewholefile(target, bytes.constData(), bytes.size());
     if (!written)
         return Status::failure(
             QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
-    return turned->warning;
+    return turned.value().warning;
 }
 
 } // namespace pivotel

@@ -52,4 +52,12 @@ struct PartialEdges {
 [[nodiscard]] Result<QString> transformjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
                                             const QString& target, int threads = 1);
 
+// The same, answering the new content rather than writing it.
+struct TurnedJpeg {
+    QByteArray bytes;
+    QString warning; // libjpeg's, about flawed data it read past; empty for sound data
+};
+[[nodiscard]] Result<TurnedJpeg> turnjpeg(const QByteArray& data, JpegTransform op, EdgePolicy edges,
+                                          int threads = 1);
+
 } // namespace pivotel
