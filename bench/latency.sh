@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # One photo at a time, as a file manager's "rotate" or a script per photo turns them: the whole
 # command's wall time for pivotel-cli (default options), exiftran -aip and jhead -autorot, on a
-# 2-megapixel and a 24-megapixel photo with orientation 6, each with XMP (which only exiftool sets
-# upright) and without (-exif, as most cameras write them). Medians of 7 (or $1) runs, taken in
-# turns, each on a fresh copy with the files settled first (common.sh).
+# 2-megapixel and a 24-megapixel photo with orientation 6, each with XMP, without it (-exif, as
+# most cameras write them) and with an XMP orientation (-xmporientation, which only exiftool sets
+# upright). Medians of 7 (or $1) runs, taken in turns, each on a fresh copy with the files
+# settled first (common.sh).
 # Usage: bench/latency.sh [runs]
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
@@ -21,10 +22,13 @@ if [ ! -f "$dir/small.jpg" ]; then # a phone-size photo: 1920x1080 4:2:0 with th
 fi
 cp "$out/base.jpg" "$dir/large.jpg"
 "$tool" -q -overwrite_original -Orientation#=6 "$dir/small.jpg" "$dir/large.jpg"
-# As most cameras write them: the same without XMP, whose tags only exiftool sets upright.
+# As most cameras write them: the same without XMP; and with an XMP packet that gives the
+# orientation too (as an editor's export does), which only exiftool sets upright. The base's own
+# packet gives none, so it needs no tool.
 for size in small large; do
-    rm -f "$dir/$size-exif.jpg"
+    rm -f "$dir/$size-exif.jpg" "$dir/$size-xmporientation.jpg"
     "$tool" -q -XMP:all= -o "$dir/$size-exif.jpg" "$dir/$size.jpg"
+    "$tool" -q -XMP-tiff:Orientation#=6 -o "$dir/$size-xmporientation.jpg" "$dir/$size.jpg"
 done
 
 declare -A turn=(
@@ -34,7 +38,7 @@ declare -A turn=(
 )
 ways=(pivotel exiftran jhead)
 median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
-for size in small small-exif large large-exif; do
+for size in small small-exif small-xmporientation large large-exif large-xmporientation; do
     declare -A times=()
     for ((r = 0; r < runs; r++)); do
         for ((k = 0; k < ${#ways[@]}; k++)); do
@@ -48,6 +52,6 @@ for size in small small-exif large large-exif; do
     done
     for way in "${ways[@]}"; do
         ms=$(printf '%s\n' ${times[$way]} | median)
-        printf '%-10s %-9s median of %d: %4.0f ms\n' "$size" "$way" "$runs" "$(echo "$ms * 1000" | bc -l)"
+        printf '%-21s %-9s median of %d: %4.0f ms\n' "$size" "$way" "$runs" "$(echo "$ms * 1000" | bc -l)"
     done
 done

@@ -15,6 +15,25 @@ namespace {
 const QByteArrayView exifsignature("Exif\0\0", 6);
 const QByteArrayView jfifsignature("JFIF\0", 5);
 const QByteArrayView xmpsignature("http://ns.adobe.com/xap/1.0/\0", 29);
+const QByteArrayView xmpextension("http://ns.adobe.com/xmp/extension/\0", 35);
+
+// Whether an XMP segment may hold a property that a turn changes: an orientation or a picture
+// size (tiff:Orientation, tiff:ImageWidth and ImageLength, exif:PixelXDimension and
+// PixelYDimension). Any mention of one of the names counts, in any case, as does a packet that
+// isn't plain UTF-8 or that continues in extension segments, whose pieces can split a name.
+bool mayholdturnedproperties(QByteArrayView body) {
+    if (body.startsWith(xmpextension))
+        return true;
+    const QByteArray packet = body.sliced(xmpsignature.size()).toByteArray().toLower();
+    if (packet.contains('\0'))
+        return true;
+    for (const char* name :
+         {"orientation", "imagewidth", "imagelength", "pixelxdimension", "pixelydimension"}) {
+        if (packet.contains(name))
+            return true;
+    }
+    return false;
+}
 
 // Where a segment of `jpeg` stands, from its 0xFF.
 struct Place {
@@ -129,8 +148,9 @@ Result<UprightPatch> setupright(QByteArray& jpeg, JpegTransform thumbnailturn) {
             jfif = placeof(jpeg, segment);
         } else if (segment.marker == 0xE1 && exif.start < 0 && iswholeexif(body)) {
             exif = placeof(jpeg, segment);
-        } else if (segment.marker == 0xE1 && body.startsWith(xmpsignature)) {
-            patch.hasxmp = true;
+        } else if (segment.marker == 0xE1 &&
+                   (body.startsWith(xmpsignature) || body.startsWith(xmpextension))) {
+            patch.hasxmp = patch.hasxmp || mayholdturnedproperties(body);
         }
     }
     if (patch.size.isEmpty())

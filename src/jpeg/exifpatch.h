@@ -24,7 +24,7 @@ struct UprightPatch {
     QSize size;                  // the picture's size, from its frame header
     bool orientationset = false; // IFD0 had an Orientation, which now reads 1
     bool dimensionsset = true;   // false when the Exif IFD's size entries can't hold the size
-    bool hasxmp = false;         // an XMP packet whose orientation and size the tool must set
+    bool hasxmp = false;         // an XMP packet that may give an orientation or size, for the tool to set
     // The resolution the EXIF block lacks (missing, zero or unreadable), to be added: the JFIF
     // density's when it has one, else 72 dpi.
     std::optional<ExifResolution> missingresolution;

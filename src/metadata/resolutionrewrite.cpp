@@ -74,13 +74,17 @@ Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch
     const QString width = QString::number(patch.size.width());
     const QString height = QString::number(patch.size.height());
     if (patch.hasxmp || !patch.dimensionsset) {
-        // Only tags the photo has: -wm w adds none.
-        const ToolResult written = tool.run(
-            {QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"),
-             QStringLiteral("-Orientation=1"), QStringLiteral("-ExifImageWidth=") + width,
-             QStringLiteral("-ExifImageHeight=") + height, QStringLiteral("-XMP-tiff:ImageWidth=") + width,
-             QStringLiteral("-XMP-tiff:ImageHeight=") + height,
-             QStringLiteral("-overwrite_original_in_place"), path});
+        // Only tags the photo has: -wm w adds none. The EXIF block, already set upright in place,
+        // is the tool's only where its size entries couldn't be: the tool would lay the whole
+        // block out anew, dropping what no entry points at.
+        const QString group = patch.dimensionsset ? QStringLiteral("XMP:") : QString();
+        const ToolResult written = tool.run({QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"),
+                                             QStringLiteral("-%1Orientation=1").arg(group),
+                                             QStringLiteral("-%1ExifImageWidth=").arg(group) + width,
+                                             QStringLiteral("-%1ExifImageHeight=").arg(group) + height,
+                                             QStringLiteral("-XMP-tiff:ImageWidth=") + width,
+                                             QStringLiteral("-XMP-tiff:ImageHeight=") + height,
+                                             QStringLiteral("-overwrite_original_in_place"), path});
         if (!written.ok()) {
             if (Status library = bylibrary(path, patch, written.failuretext(), notes); !library)
                 return library;

@@ -548,7 +548,7 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
          },
          u"1 72 72 2 1 72"_s,
          {}},
-        // The tool refuses to write a block with a bad entry: the orientation is set all the same.
+        // The tool refuses to rewrite a block with a bad entry; it only sets the XMP packet.
         {u"badentry.jpg"_s,
          [](const QString& path) {
              writepattern(path, 48, 32);
@@ -558,6 +558,24 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
                  exifblock(
                      {{0x010F, 2, 50, 0x7FFF0000}, {0x0112, 3, 1, 6}, {0x011A, 5, 1, 62}, {0x011B, 5, 1, 62}},
                      QByteArray("\x2c\x01\0\0\x01\0\0\0", 8)));
+         },
+         u"1 1 300 300 1 300"_s,
+         {}},
+        // Where the block needs the tool too (a width of one byte can't hold the new one), the
+        // tool refuses: the orientation is set all the same.
+        {u"badentrywidth.jpg"_s,
+         [](const QString& path) {
+             writepattern(path, 48, 32);
+             writetags(path, {u"-n"_s, u"-XMP-tiff:Orientation=6"_s});
+             insertsegment(path, 0xE1,
+                           exifblock({{0x010F, 2, 50, 0x7FFF0000},
+                                      {0x0112, 3, 1, 6},
+                                      {0x011A, 5, 1, 74},
+                                      {0x011B, 5, 1, 74},
+                                      {0x8769, 4, 1, 82}},
+                                     QByteArray("\x2c\x01\0\0\x01\0\0\0"
+                                                "\x01\0\x02\xa0\x01\0\x01\0\0\0\x30\0\0\0\0\0\0\0",
+                                                26)));
          },
          u"1 300 300 1 300"_s, u"refused"_s}, // the XMP library keeps the orientation in EXIF alone
         // An EXIF block that isn't TIFF: no orientation to set, and no tags can be added.
@@ -903,24 +921,136 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
     }
 }
 
-// The tool starts only for a photo whose tags need its writers; for one that needs none, a tool
-// that would die never runs, and the photo turns as with a sound one.
+namespace {
+
+// An XMP segment's body: the packet's signature, then `properties` in a description.
+QByteArray xmpsegment(const QByteArray& properties) {
+    return QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+           "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'>"
+           "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about=''"
+           " xmlns:dc='http://purl.org/dc/elements/1.1/' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'"
+           " xmlns:t='http://ns.adobe.com/tiff/1.0/' xmlns:exif='http://ns.adobe.com/exif/1.0/'" +
+           properties + "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end='w'?>";
+}
+
+const QByteArray titleonly = "><dc:format>image/jpeg</dc:format>";
+
+// A photo with orientation 6 whose EXIF block comes from the tool and has nothing after its
+// last value, plus XMP `xmp` (none when empty).
+void writeexifphoto(const QString& path, const QByteArray& xmp) {
+    writetaggedphoto(path, 48, 32, 6, 300);
+    writetags(path, {u"-XMP:all="_s});
+    if (!xmp.isEmpty()) // after the EXIF segment, which a turn treats apart when it comes first
+        insertsegment(path, 0xE1, xmp, true);
+}
+
+// Where the photo's first EXIF segment starts (its marker), or -1.
+qsizetype exifat(const QByteArray& jpeg) {
+    for (qsizetype at = 2; at + 4 <= jpeg.size() && uchar(jpeg[at]) == 0xFF && uchar(jpeg[at + 1]) != 0xDA;) {
+        const qsizetype length = (uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]);
+        if (uchar(jpeg[at + 1]) == 0xE1 && jpeg.mid(at + 4, 4) == "Exif")
+            return at;
+        at += 2 + length;
+    }
+    return -1;
+}
+
+qsizetype segmentlength(const QByteArray& jpeg, qsizetype at) {
+    return (uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]);
+}
+
+// The body of the photo's first EXIF segment.
+QByteArray exifsegment(const QByteArray& jpeg) {
+    const qsizetype at = exifat(jpeg);
+    return at < 0 ? QByteArray() : jpeg.mid(at + 4, segmentlength(jpeg, at) - 2);
+}
+
+} // namespace
+
+// The tool starts only for a photo whose tags need its writers: one whose XMP packet may give an
+// orientation or a size, in any form. For one that needs none, a tool that would die never runs,
+// and the photo turns as with a sound one.
 TEST_F(Runs, OnlyAPhotoWhoseTagsNeedTheToolStartsIt) {
     const QString started = dir.filePath(u"started"_s);
     const QString dying = writefaketool(dir.filePath(u"dying-tool"_s),
                                         "touch '" + QFile::encodeName(started) + "'\nkill -9 $$\n");
-    for (const bool needs : {false, true}) {
+    QByteArray utf16 = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29);
+    for (const char c : xmpsegment(titleonly).sliced(29))
+        utf16.append(c).append('\0');
+    const struct {
+        const char* name;
+        QByteArray xmp;
+        bool needs;
+    } cases[] = {
+        {"exif only", {}, false},
+        {"title only", xmpsegment(titleonly), false},
+        {"orientation element", xmpsegment("><tiff:Orientation>6</tiff:Orientation>"), true},
+        {"orientation attribute, another prefix", xmpsegment(" t:Orientation='6'>"), true},
+        {"height only", xmpsegment("><tiff:ImageLength>32</tiff:ImageLength>"), true},
+        {"pixel width only", xmpsegment(" exif:PixelXDimension='48'>"), true},
+        {"a name in another case", xmpsegment("><tiff:orientation>6</tiff:orientation>"), true},
+        // What a search for the names can't read through: another encoding, a packet in pieces.
+        {"UTF-16 title", utf16, true},
+        {"extension",
+         QByteArray("http://ns.adobe.com/xmp/extension/\0", 35) + QByteArray(40, '0') + "<x:xmpmeta/>", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         QFile::remove(started);
-        const QString name = needs ? u"needs.jpg"_s : u"complete.jpg"_s;
-        writetaggedphoto(dir.filePath(name), 48, 32, 6, 300);
-        if (!needs)
-            writetags(dir.filePath(name), {u"-XMP:all="_s}); // the EXIF block alone, set upright by us
+        const QString name = u"photo.jpg"_s;
+        writeexifphoto(dir.filePath(name), c.xmp);
         const auto reports = run({row(name)}, {}, dying);
         ASSERT_EQ(reports.size(), 1u);
-        EXPECT_EQ(reports[0].outcome, needs ? PhotoOutcome::Failed : PhotoOutcome::Turned)
+        EXPECT_EQ(reports[0].outcome, c.needs ? PhotoOutcome::Failed : PhotoOutcome::Turned)
             << qPrintable(reports[0].reason);
-        EXPECT_EQ(QFile::exists(started), needs) << qPrintable(name);
-        EXPECT_EQ(probejpeg(dir.filePath(name))->size, needs ? QSize(48, 32) : QSize(32, 48));
+        EXPECT_EQ(QFile::exists(started), c.needs);
+        EXPECT_EQ(probejpeg(dir.filePath(name))->size, c.needs ? QSize(48, 32) : QSize(32, 48));
+    }
+}
+
+// Where the tool sets the XMP packet upright, it writes nothing else: the EXIF block stays as our
+// own setting upright leaves it, as in the same photo without XMP, even what no entry points at
+// (the tool, laying the block out anew, would drop that and move the thumbnail).
+TEST_F(Runs, TheToolSetsOnlyTheXmpPacketAndTheExifBlockStaysOurs) {
+    const QByteArray padding(200, char(0xEE));
+    const auto pad = [&](const QString& path) {
+        QByteArray jpeg = readbytes(path);
+        const qsizetype at = exifat(jpeg);
+        ASSERT_GT(at, 0);
+        const qsizetype length = segmentlength(jpeg, at) + padding.size();
+        jpeg.insert(at + 2 + segmentlength(jpeg, at), padding);
+        jpeg[at + 2] = char(length >> 8);
+        jpeg[at + 3] = char(length & 0xFF);
+        writebytes(path, jpeg);
+    };
+    const QString plain = dir.filePath(u"plain.jpg"_s);
+    writeexifphoto(plain, {});
+    pad(plain);
+    for (const QByteArray& properties :
+         {QByteArray(
+              "><tiff:Orientation>6</tiff:Orientation><tiff:ImageWidth>48</tiff:ImageWidth>"
+              "<tiff:ImageLength>32</tiff:ImageLength><exif:PixelXDimension>48</exif:PixelXDimension>"),
+          titleonly}) {
+        SCOPED_TRACE(properties.toStdString());
+        const QString name = u"xmp.jpg"_s;
+        QFile::remove(dir.filePath(name));
+        QFile::copy(plain, dir.filePath(name));
+        insertsegment(dir.filePath(name), 0xE1, xmpsegment(properties), true);
+        const QString plaincopy = dir.filePath(u"plaincopy.jpg"_s);
+        QFile::remove(plaincopy);
+        QFile::copy(plain, plaincopy);
+        const auto reports = run({row(name), row(u"plaincopy.jpg"_s)});
+        ASSERT_EQ(reports.size(), 2u);
+        for (const PhotoReport& report : reports)
+            EXPECT_EQ(report.outcome, PhotoOutcome::Turned) << qPrintable(report.reason);
+        const QByteArray exif = exifsegment(readbytes(dir.filePath(name)));
+        EXPECT_TRUE(exif.contains(padding));
+        EXPECT_EQ(exif, exifsegment(readbytes(plaincopy)));
+        EXPECT_EQ(exiftool({u"-n"_s, u"-s3"_s, u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s,
+                            u"-XMP-tiff:ImageWidth"_s, u"-XMP-tiff:ImageHeight"_s,
+                            u"-XMP-exif:ExifImageWidth"_s, u"-ExifIFD:ExifImageWidth"_s, dir.filePath(name)})
+                      .simplified(),
+                  properties == titleonly ? u"1 32"_s : u"1 1 32 48 32 32"_s);
     }
 }
 

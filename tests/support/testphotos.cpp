@@ -160,10 +160,12 @@ bool isprogressive(const QString& path) {
     return !segmentbodies(path, 0xC2).isEmpty();
 }
 
-void insertsegment(const QString& path, unsigned char marker, const QByteArray& body) {
+void insertsegment(const QString& path, unsigned char marker, const QByteArray& body, bool afterfirst) {
     const int length = int(body.size()) + 2;
     const char head[] = {char(0xFF), char(marker), char(length >> 8), char(length & 0xFF)};
-    writebytes(path, readbytes(path).insert(2, QByteArray(head, 4) + body));
+    QByteArray jpeg = readbytes(path);
+    const qsizetype at = afterfirst ? 2 + 2 + ((uchar(jpeg[4]) << 8) | uchar(jpeg[5])) : 2;
+    writebytes(path, jpeg.insert(at, QByteArray(head, 4) + body));
 }
 
 QString exiftoolpath() {

@@ -43,8 +43,9 @@ QList<QByteArray> appsegments(const QString& path);
 // The bodies of the marker segments with the marker, in order.
 QList<QByteArray> segmentbodies(const QString& path, unsigned char marker);
 bool isprogressive(const QString& path);
-// Puts a marker segment right after SOI.
-void insertsegment(const QString& path, unsigned char marker, const QByteArray& body);
+// Puts a marker segment right after SOI, or with `afterfirst` after the segment there.
+void insertsegment(const QString& path, unsigned char marker, const QByteArray& body,
+                   bool afterfirst = false);
 
 // The bundle's copy of the metadata tool, and a stand-in for it: a shell script with the body.
 QString exiftoolpath();
