@@ -57,6 +57,21 @@ Status bylibrary(const QString& path, const UprightPatch& patch, const QString& 
     return Status::success();
 }
 
+// What the tool reads as the XMP orientation after its write, when that isn't upright: empty
+// for a packet that reads 1 or gives none.
+QString xmporientationleft(ExifTool& tool, const QString& path) {
+    const ToolResult read =
+        tool.run({QStringLiteral("-n"), QStringLiteral("-s3"), QStringLiteral("-XMP:Orientation"), path});
+    if (!read.ok())
+        return QStringLiteral("its XMP orientation can't be read back (%1)").arg(read.failuretext());
+    for (const QByteArray& line : read.out.split('\n')) {
+        const QByteArray value = line.trimmed();
+        if (!value.isEmpty() && value != "1")
+            return QStringLiteral("its XMP orientation still reads %1").arg(QString::fromUtf8(value));
+    }
+    return {};
+}
+
 } // namespace
 
 void preparewriters(ExifTool& tool, const QString& photo) {
@@ -85,11 +100,18 @@ Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch
                                              QStringLiteral("-XMP-tiff:ImageWidth=") + width,
                                              QStringLiteral("-XMP-tiff:ImageHeight=") + height,
                                              QStringLiteral("-overwrite_original_in_place"), path});
-        if (!written.ok()) {
-            if (Status library = bylibrary(path, patch, written.failuretext(), notes); !library)
+        // The tool may pass over a packet it reads only in part (a property given twice, say)
+        // and write nothing: what it reads back is what viewers that honour XMP will show.
+        const QString left = written.ok() ? xmporientationleft(tool, path) : QString();
+        if (!written.ok() || !left.isEmpty()) {
+            const QString why = written.ok() ? left : written.failuretext();
+            if (Status library = bylibrary(path, patch, why, notes); !library)
                 return library;
-            notes << QStringLiteral("the metadata tool refused it (%1): the orientation was set without it")
-                         .arg(written.failuretext());
+            notes << (written.ok() ? QStringLiteral("the metadata tool couldn't set it upright (%1): the "
+                                                    "orientation was set without it")
+                                   : QStringLiteral("the metadata tool refused it (%1): the orientation was "
+                                                    "set without it"))
+                         .arg(why);
             return Status::success();
         }
     }

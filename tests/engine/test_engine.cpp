@@ -578,6 +578,21 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
                                                 26)));
          },
          u"1 300 300 1 300"_s, u"refused"_s}, // the XMP library keeps the orientation in EXIF alone
+        // A packet giving its orientation twice, which the tool reads in part and doesn't write:
+        // the XMP library sets the orientation instead.
+        {u"twice.jpg"_s,
+         [](const QString& path) {
+             writetaggedphoto(path, 48, 32, 6, 300);
+             writetags(path, {u"-XMP:all="_s});
+             insertsegment(path, 0xE1,
+                           QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+                               "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                               "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+                               "rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'><tiff:Orientation>6</"
+                               "tiff:Orientation><tiff:Orientation>6</tiff:Orientation></rdf:Description></"
+                               "rdf:RDF></x:xmpmeta>");
+         },
+         u"1 300 300 2 1 300"_s, u"couldn't set it upright (its XMP orientation still reads 6)"_s},
         // An EXIF block that isn't TIFF: no orientation to set, and no tags can be added.
         {u"garbage.jpg"_s,
          [](const QString& path) {
