@@ -61,7 +61,7 @@ Status bylibrary(const QString& path, const UprightPatch& patch, const QString& 
 // for a packet that reads 1 or gives none.
 QString xmporientationleft(ExifTool& tool, const QString& path) {
     const ToolResult read =
-        tool.run({QStringLiteral("-n"), QStringLiteral("-s3"), QStringLiteral("-XMP:Orientation"), path});
+        tool.run({QStringLiteral("-n"), QStringLiteral("-s3"), QStringLiteral("-XMP-tiff:Orientation"), path});
     if (!read.ok())
         return QStringLiteral("its XMP orientation can't be read back (%1)").arg(read.failuretext());
     for (const QByteArray& line : read.out.split('\n')) {

@@ -593,6 +593,20 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
                                "rdf:RDF></x:xmpmeta>");
          },
          u"1 300 300 2 1 300"_s, u"couldn't set it upright (its XMP orientation still reads 6)"_s},
+        // Another schema's property of the same name is not the photo's orientation: no note.
+        {u"otherschema.jpg"_s,
+         [](const QString& path) {
+             writetaggedphoto(path, 48, 32, 6, 300);
+             writetags(path, {u"-XMP:all="_s});
+             insertsegment(path, 0xE1,
+                           QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+                               "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                               "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+                               "rdf:about='' xmlns:my='http://example.com/my/1.0/' "
+                               "my:Orientation='landscape'/></rdf:RDF></x:xmpmeta>");
+         },
+         u"1 300 300 2 1 300"_s,
+         {}},
         // An EXIF block that isn't TIFF: no orientation to set, and no tags can be added.
         {u"garbage.jpg"_s,
          [](const QString& path) {
