@@ -60,8 +60,8 @@ Status bylibrary(const QString& path, const UprightPatch& patch, const QString& 
 // What the tool reads as the XMP orientation after its write, when that isn't upright: empty
 // for a packet that reads 1 or gives none.
 QString xmporientationleft(ExifTool& tool, const QString& path) {
-    const ToolResult read =
-        tool.run({QStringLiteral("-n"), QStringLiteral("-s3"), QStringLiteral("-XMP-tiff:Orientation"), path});
+    const ToolResult read = tool.run(
+        {QStringLiteral("-n"), QStringLiteral("-s3"), QStringLiteral("-XMP-tiff:Orientation"), path});
     if (!read.ok())
         return QStringLiteral("its XMP orientation can't be read back (%1)").arg(read.failuretext());
     for (const QByteArray& line : read.out.split('\n')) {
@@ -92,14 +92,21 @@ Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch
         // Only tags the photo has: -wm w adds none. The EXIF block, already set upright in place,
         // is the tool's only where its size entries couldn't be: the tool would lay the whole
         // block out anew, dropping what no entry points at.
-        const QString group = patch.dimensionsset ? QStringLiteral("XMP:") : QString();
-        const ToolResult written = tool.run({QStringLiteral("-n"), QStringLiteral("-wm"), QStringLiteral("w"),
-                                             QStringLiteral("-%1Orientation=1").arg(group),
-                                             QStringLiteral("-%1ExifImageWidth=").arg(group) + width,
-                                             QStringLiteral("-%1ExifImageHeight=").arg(group) + height,
-                                             QStringLiteral("-XMP-tiff:ImageWidth=") + width,
-                                             QStringLiteral("-XMP-tiff:ImageHeight=") + height,
-                                             QStringLiteral("-overwrite_original_in_place"), path});
+        // The schemas named: another one's property of the same name (PRISM's orientation, a
+        // word) is not the photo's.
+        QStringList arguments{QStringLiteral("-n"),
+                              QStringLiteral("-wm"),
+                              QStringLiteral("w"),
+                              QStringLiteral("-XMP-tiff:Orientation=1"),
+                              QStringLiteral("-XMP-exif:ExifImageWidth=") + width,
+                              QStringLiteral("-XMP-exif:ExifImageHeight=") + height,
+                              QStringLiteral("-XMP-tiff:ImageWidth=") + width,
+                              QStringLiteral("-XMP-tiff:ImageHeight=") + height};
+        if (!patch.dimensionsset)
+            arguments << QStringLiteral("-EXIF:ExifImageWidth=") + width
+                      << QStringLiteral("-EXIF:ExifImageHeight=") + height;
+        const ToolResult written =
+            tool.run(arguments << QStringLiteral("-overwrite_original_in_place") << path);
         // The tool may pass over a packet it reads only in part (a property given twice, say)
         // and write nothing: what it reads back is what viewers that honour XMP will show.
         const QString left = written.ok() ? xmporientationleft(tool, path) : QString();
