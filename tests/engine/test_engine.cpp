@@ -512,6 +512,16 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
                    u"-EXIF:ResolutionUnit=2"_s, u"-EXIF:ImageDescription="_s + QString(1300, u'd'),
                    u"-ThumbnailImage<="_s + thumbnail});
     };
+    // A tagged photo whose only XMP is a packet of `descriptions`, first in the file.
+    const auto withpacket = [](const QString& path, const QByteArray& descriptions) {
+        writetaggedphoto(path, 48, 32, 6, 300);
+        writetags(path, {u"-XMP:all="_s});
+        insertsegment(path, 0xE1,
+                      QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+                          "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                          "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>" +
+                          descriptions + "</rdf:RDF></x:xmpmeta>");
+    };
     const QStringList read{u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s,  u"-IFD0:XResolution"_s,
                            u"-IFD0:YResolution"_s, u"-IFD0:ResolutionUnit"_s,   u"-JFIF:ResolutionUnit"_s,
                            u"-JFIF:XResolution"_s, u"-MPImage2:MPImageLength"_s};
@@ -581,29 +591,17 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
         // A packet giving its orientation twice, which the tool reads in part and doesn't write:
         // the XMP library sets the orientation instead.
         {u"twice.jpg"_s,
-         [](const QString& path) {
-             writetaggedphoto(path, 48, 32, 6, 300);
-             writetags(path, {u"-XMP:all="_s});
-             insertsegment(path, 0xE1,
-                           QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
-                               "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-                               "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
-                               "rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'><tiff:Orientation>6</"
-                               "tiff:Orientation><tiff:Orientation>6</tiff:Orientation></rdf:Description></"
-                               "rdf:RDF></x:xmpmeta>");
+         [&](const QString& path) {
+             withpacket(path, "<rdf:Description rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'>"
+                              "<tiff:Orientation>6</tiff:Orientation><tiff:Orientation>6</tiff:Orientation>"
+                              "</rdf:Description>");
          },
          u"1 300 300 2 1 300"_s, u"couldn't set it upright (its XMP orientation still reads 6)"_s},
         // Another schema's property of the same name is not the photo's orientation: no note.
         {u"otherschema.jpg"_s,
-         [](const QString& path) {
-             writetaggedphoto(path, 48, 32, 6, 300);
-             writetags(path, {u"-XMP:all="_s});
-             insertsegment(path, 0xE1,
-                           QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
-                               "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-                               "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
-                               "rdf:about='' xmlns:my='http://example.com/my/1.0/' "
-                               "my:Orientation='landscape'/></rdf:RDF></x:xmpmeta>");
+         [&](const QString& path) {
+             withpacket(path, "<rdf:Description rdf:about='' xmlns:my='http://example.com/my/1.0/' "
+                              "my:Orientation='landscape'/>");
          },
          u"1 300 300 2 1 300"_s,
          {}},
