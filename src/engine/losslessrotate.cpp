@@ -84,20 +84,21 @@ Result<Rotation> losslesstransform(const QString& source, const QString& target,
     const EdgePolicy edges = partial->perfect()           ? EdgePolicy::Perfect
                              : oddsizes == OddSizes::Trim ? EdgePolicy::Trim
                                                           : EdgePolicy::Keep;
-    auto turned = turnjpeg(*data, op, edges, threads);
-    if (!turned)
-        return turned.status();
     Rotation rotation;
+    QString warning;
     if (handon) {
+        auto turned = turnjpeg(*data, op, edges, threads);
+        if (!turned)
+            return turned.status();
         rotation.bytes = std::move(turned.value().bytes);
+        warning = turned.value().warning;
     } else {
-        const QByteArray& bytes = turned.value().bytes;
-        if (Status written = writewholefile(target, bytes.constData(), bytes.size()); !written)
-            return Status::failure(
-                QStringLiteral("the turned photo can't be written (%1)").arg(written.reason()));
+        const auto written = transformjpeg(*data, op, edges, target, threads);
+        if (!written)
+            return written.status();
+        warning = *written;
     }
     rotation.source = *data;
-    const QString& warning = turned.value().warning;
     rotation.size = probe->size;
     if (edges == EdgePolicy::Trim)
         rotation.size -= QSize(partial->columns, partial->rows);

@@ -114,11 +114,10 @@ Status updatedpinonstore(ExifTool& tool, const QString& path, const UprightPatch
             const QString why = written.ok() ? left : written.failuretext();
             if (Status library = bylibrary(path, patch, why, notes); !library)
                 return library;
-            notes << (written.ok() ? QStringLiteral("the metadata tool couldn't set it upright (%1): the "
-                                                    "orientation was set without it")
-                                   : QStringLiteral("the metadata tool refused it (%1): the orientation was "
-                                                    "set without it"))
-                         .arg(why);
+            notes << QStringLiteral("the metadata tool %1 (%2): the orientation was set without it")
+                         .arg(written.ok() ? QStringLiteral("couldn't set it upright")
+                                           : QStringLiteral("refused it"),
+                              why);
             return Status::success();
         }
     }

@@ -429,6 +429,14 @@ TEST_F(Runs, ReportEveryPhotoInOrderStopAfterThePhotoInWorkAndTurnEachUprightWit
 
 namespace {
 
+// An XMP segment's body: the packet's signature, then a packet holding `rdf`.
+QByteArray xmpsegment(const QByteArray& rdf) {
+    return QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
+           "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'>"
+           "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>" +
+           rdf + "</rdf:RDF></x:xmpmeta><?xpacket end='w'?>";
+}
+
 void append16(QByteArray& bytes, quint16 value) {
     bytes.append(char(value & 0xFF)).append(char(value >> 8));
 }
@@ -516,11 +524,7 @@ TEST_F(Runs, TurnedPhotosKeepTheirFurtherPicturesTrailerResolutionAndAnOrientati
     const auto withpacket = [](const QString& path, const QByteArray& descriptions) {
         writetaggedphoto(path, 48, 32, 6, 300);
         writetags(path, {u"-XMP:all="_s});
-        insertsegment(path, 0xE1,
-                      QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
-                          "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
-                          "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>" +
-                          descriptions + "</rdf:RDF></x:xmpmeta>");
+        insertsegment(path, 0xE1, xmpsegment(descriptions));
     };
     const QStringList read{u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s,  u"-IFD0:XResolution"_s,
                            u"-IFD0:YResolution"_s, u"-IFD0:ResolutionUnit"_s,   u"-JFIF:ResolutionUnit"_s,
@@ -950,14 +954,12 @@ TEST_F(Runs, AFailingStepLeavesThePhotoAsItWasAndSaysWhy) {
 
 namespace {
 
-// An XMP segment's body: the packet's signature, then `properties` in a description.
-QByteArray xmpsegment(const QByteArray& properties) {
-    return QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) +
-           "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'>"
-           "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about=''"
-           " xmlns:dc='http://purl.org/dc/elements/1.1/' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'"
-           " xmlns:t='http://ns.adobe.com/tiff/1.0/' xmlns:exif='http://ns.adobe.com/exif/1.0/'" +
-           properties + "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end='w'?>";
+// An XMP segment with one description of `properties`, the schemas the cases use declared.
+QByteArray xmpwith(const QByteArray& properties) {
+    return xmpsegment("<rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/'"
+                      " xmlns:tiff='http://ns.adobe.com/tiff/1.0/' xmlns:t='http://ns.adobe.com/tiff/1.0/'"
+                      " xmlns:exif='http://ns.adobe.com/exif/1.0/'" +
+                      properties + "</rdf:Description>");
 }
 
 const QByteArray titleonly = "><dc:format>image/jpeg</dc:format>";
@@ -971,25 +973,13 @@ void writeexifphoto(const QString& path, const QByteArray& xmp) {
         insertsegment(path, 0xE1, xmp, true);
 }
 
-// Where the photo's first EXIF segment starts (its marker), or -1.
-qsizetype exifat(const QByteArray& jpeg) {
-    for (qsizetype at = 2; at + 4 <= jpeg.size() && uchar(jpeg[at]) == 0xFF && uchar(jpeg[at + 1]) != 0xDA;) {
-        const qsizetype length = (uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]);
-        if (uchar(jpeg[at + 1]) == 0xE1 && jpeg.mid(at + 4, 4) == "Exif")
-            return at;
-        at += 2 + length;
-    }
-    return -1;
-}
-
-qsizetype segmentlength(const QByteArray& jpeg, qsizetype at) {
-    return (uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]);
-}
-
 // The body of the photo's first EXIF segment.
-QByteArray exifsegment(const QByteArray& jpeg) {
-    const qsizetype at = exifat(jpeg);
-    return at < 0 ? QByteArray() : jpeg.mid(at + 4, segmentlength(jpeg, at) - 2);
+QByteArray exifsegment(const QString& path) {
+    for (const QByteArray& body : segmentbodies(path, 0xE1)) {
+        if (body.startsWith("Exif"))
+            return body;
+    }
+    return {};
 }
 
 } // namespace
@@ -1002,7 +992,7 @@ TEST_F(Runs, OnlyAPhotoWhoseTagsNeedTheToolStartsIt) {
     const QString dying = writefaketool(dir.filePath(u"dying-tool"_s),
                                         "touch '" + QFile::encodeName(started) + "'\nkill -9 $$\n");
     QByteArray utf16 = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29);
-    for (const char c : xmpsegment(titleonly).sliced(29))
+    for (const char c : xmpwith(titleonly).sliced(29))
         utf16.append(c).append('\0');
     const struct {
         const char* name;
@@ -1010,12 +1000,12 @@ TEST_F(Runs, OnlyAPhotoWhoseTagsNeedTheToolStartsIt) {
         bool needs;
     } cases[] = {
         {"exif only", {}, false},
-        {"title only", xmpsegment(titleonly), false},
-        {"orientation element", xmpsegment("><tiff:Orientation>6</tiff:Orientation>"), true},
-        {"orientation attribute, another prefix", xmpsegment(" t:Orientation='6'>"), true},
-        {"height only", xmpsegment("><tiff:ImageLength>32</tiff:ImageLength>"), true},
-        {"pixel width only", xmpsegment(" exif:PixelXDimension='48'>"), true},
-        {"a name in another case", xmpsegment("><tiff:orientation>6</tiff:orientation>"), true},
+        {"title only", xmpwith(titleonly), false},
+        {"orientation element", xmpwith("><tiff:Orientation>6</tiff:Orientation>"), true},
+        {"orientation attribute, another prefix", xmpwith(" t:Orientation='6'>"), true},
+        {"height only", xmpwith("><tiff:ImageLength>32</tiff:ImageLength>"), true},
+        {"pixel width only", xmpwith(" exif:PixelXDimension='48'>"), true},
+        {"a name in another case", xmpwith("><tiff:orientation>6</tiff:orientation>"), true},
         // What a search for the names can't read through: another encoding, a packet in pieces.
         {"UTF-16 title", utf16, true},
         {"extension",
@@ -1042,12 +1032,13 @@ TEST_F(Runs, TheToolSetsOnlyTheXmpPacketAndTheExifBlockStaysOurs) {
     const QByteArray padding(200, char(0xEE));
     const auto pad = [&](const QString& path) {
         QByteArray jpeg = readbytes(path);
-        const qsizetype at = exifat(jpeg);
-        ASSERT_GT(at, 0);
-        const qsizetype length = segmentlength(jpeg, at) + padding.size();
-        jpeg.insert(at + 2 + segmentlength(jpeg, at), padding);
-        jpeg[at + 2] = char(length >> 8);
-        jpeg[at + 3] = char(length & 0xFF);
+        const QByteArray exif = exifsegment(path);
+        const qsizetype at = jpeg.indexOf(exif); // after the marker and the length
+        ASSERT_GT(at, 4);
+        const qsizetype length = exif.size() + padding.size() + 2;
+        jpeg.insert(at + exif.size(), padding);
+        jpeg[at - 2] = char(length >> 8);
+        jpeg[at - 1] = char(length & 0xFF);
         writebytes(path, jpeg);
     };
     const QString plain = dir.filePath(u"plain.jpg"_s);
@@ -1062,7 +1053,7 @@ TEST_F(Runs, TheToolSetsOnlyTheXmpPacketAndTheExifBlockStaysOurs) {
         const QString name = u"xmp.jpg"_s;
         QFile::remove(dir.filePath(name));
         QFile::copy(plain, dir.filePath(name));
-        insertsegment(dir.filePath(name), 0xE1, xmpsegment(properties), true);
+        insertsegment(dir.filePath(name), 0xE1, xmpwith(properties), true);
         const QString plaincopy = dir.filePath(u"plaincopy.jpg"_s);
         QFile::remove(plaincopy);
         QFile::copy(plain, plaincopy);
@@ -1070,9 +1061,9 @@ TEST_F(Runs, TheToolSetsOnlyTheXmpPacketAndTheExifBlockStaysOurs) {
         ASSERT_EQ(reports.size(), 2u);
         for (const PhotoReport& report : reports)
             EXPECT_EQ(report.outcome, PhotoOutcome::Turned) << qPrintable(report.reason);
-        const QByteArray exif = exifsegment(readbytes(dir.filePath(name)));
+        const QByteArray exif = exifsegment(dir.filePath(name));
         EXPECT_TRUE(exif.contains(padding));
-        EXPECT_EQ(exif, exifsegment(readbytes(plaincopy)));
+        EXPECT_EQ(exif, exifsegment(plaincopy));
         EXPECT_EQ(exiftool({u"-n"_s, u"-s3"_s, u"-IFD0:Orientation"_s, u"-XMP-tiff:Orientation"_s,
                             u"-XMP-tiff:ImageWidth"_s, u"-XMP-tiff:ImageHeight"_s,
                             u"-XMP-exif:ExifImageWidth"_s, u"-ExifIFD:ExifImageWidth"_s, dir.filePath(name)})
