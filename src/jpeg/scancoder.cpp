@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <bit>
+#include <cstring>
 #include <type_traits>
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -50,10 +51,13 @@ namespace withavx2 {
 #undef PIVOTEL_SCAN_AVX2
 #pragma GCC pop_options
 
+// The build gathers correction bits with BMI2's pext, one quick instruction except on AMD's first
+// two Zen generations, which run it in microcode at up to hundreds of cycles: those take the other.
 bool hasavx2() {
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt") &&
+           !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
 }
 #endif
 
