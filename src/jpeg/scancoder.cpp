@@ -149,18 +149,26 @@ Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& pla
     const auto writesymbols = anyprocessor::writescan;
 #endif
     SymbolCounts counts{};
+    long long bits = 0; // the coded data's, without the 0s stuffed after 0xFF bytes
     const std::vector<int> tables = scantables(planes, plan);
-    if (!tables.empty() && !countsymbols(planes, plan, counts))
+    if (tables.empty()) { // a DC refinement: a bit a block
+        for (int index : plan.components)
+            bits += (long long)planes.components[std::size_t(index)].count();
+    } else if (!countsymbols(planes, plan, counts, bits)) {
         return refused;
+    }
 
     QByteArray out;
     CodeTables codes;
     TableMaker maker;
     for (int slot : tables) {
         JHUFF_TBL table{};
+        const auto symbolcounts = counts[std::size_t(slot)]; // the table maker spends its copy
         if (!maker.make(table, counts[std::size_t(slot)].data()))
             return Status::failure(QStringLiteral("the Huffman table can't be made"));
         codes[std::size_t(slot)] = codesof(table);
+        for (std::size_t symbol = 0; symbol < 256; ++symbol)
+            bits += symbolcounts[symbol] * codes[std::size_t(slot)].size[symbol];
         int symbols = 0;
         for (int length = 1; length <= 16; ++length)
             symbols += table.bits[length];
@@ -184,6 +192,12 @@ Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& pla
     out.append(char(plan.first));
     out.append(char(plan.last));
     out.append(char((plan.high << 4) + plan.low));
+
+    // The data's room at once, with some for stuffing (a byte in 256 of coded data is 0xFF) and
+    // the edge blocks libjpeg adds to a DC scan's MCUs: growing as it goes, a scan's buffer was
+    // copied and its fresh pages faulted in about twice over.
+    const long long bytes = bits / 8;
+    out.reserve(out.size() + qsizetype(bytes + bytes / 128 + 4096));
 
     if (!writesymbols(planes, plan, codes, out))
         return refused;
