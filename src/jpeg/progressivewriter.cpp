@@ -41,19 +41,23 @@ std::vector<ScanPlan> simpleprogression(int components, int colorspace) {
 
 namespace {
 
-// About how long a scan takes, to start the longest ones first.
+// About how long a scan takes, to start the longest ones first: nanoseconds a block for each
+// kind of scan, both sweeps, as a 24-megapixel camera photo's scans take them. A block's time
+// hardly depends on the band's width: the first pass of a band of 5 takes longer than one of 58,
+// whose coefficients are mostly zero at that point.
 long long weight(const CoefficientPlanes& planes, const ScanPlan& plan) {
     long long blocks = 0;
     for (int index : plan.components) {
         const ComponentPlane& c = planes.components[std::size_t(index)];
         blocks += (long long)c.widthblocks * c.heightblocks;
     }
-    return blocks * (plan.last - plan.first + 2) * (plan.high ? 2 : 1);
+    const bool dc = plan.first == 0;
+    return blocks * (dc ? (plan.high ? 3 : 10) : (plan.high ? 100 : 45));
 }
 
 } // namespace
 
-Result<QByteArray> writeprogressive(QByteArray head, const CoefficientPlanes& planes,
+Result<QByteArray> writeprogressive(QByteArray head, CoefficientPlanes planes,
                                     const std::vector<ScanPlan>& script, int threads) {
     std::vector<std::size_t> order(script.size());
     std::iota(order.begin(), order.end(), 0);
@@ -74,6 +78,8 @@ Result<QByteArray> writeprogressive(QByteArray head, const CoefficientPlanes& pl
         }
     };
     runonthreads(std::min(threads, int(script.size())), work);
+    // The file takes the heap's pages the coefficients had, already faulted in, not fresh ones.
+    planes.components.clear();
 
     qsizetype total = head.size() + 2;
     for (const auto& scan : coded) {

@@ -228,7 +228,7 @@ std::optional<TurnedJpeg> progressivetransform(const QByteArray& data, JpegTrans
     // Every block of the new frame must have come from somewhere.
     if (placed != blocks)
         return std::nullopt;
-    auto written = writeprogressive(std::move(header->bytes), header->frame, script, threads);
+    auto written = writeprogressive(std::move(header->bytes), std::move(header->frame), script, threads);
     if (!written)
         return std::nullopt;
     return TurnedJpeg{std::move(written).value(), warning};
