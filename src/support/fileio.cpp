@@ -88,6 +88,16 @@ Status writewholefile(const QString& path, const void* data, qsizetype size, uns
     return Status::success();
 }
 
+void startwriteback(const QString& path) {
+#ifdef __linux__
+    UniqueFd fd(::open(nativepath(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (fd.valid())
+        (void)::sync_file_range(fd.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+#else
+    (void)path;
+#endif
+}
+
 Status syncfolder(const QString& folder) {
     UniqueFd fd(::open(nativepath(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!fd.valid() || ::fsync(fd.get()) != 0)

@@ -26,6 +26,10 @@ Status syncfile(const QString& path);
 // Flushes a folder's entries to the disk, so that a rename or a new file in it lasts.
 Status syncfolder(const QString& folder);
 
+// Has the system start writing a file's data to the disk without waiting for it: the fsync that
+// must come before the file replaces a photo then finds most of it done. Nothing is promised.
+void startwriteback(const QString& path);
+
 // A readable text for an errno value, e.g. "Permission denied".
 QString errnotext(int error);
 
