@@ -24,25 +24,39 @@ Status writeworking(const QString& working, const QByteArray& bytes) {
     return Status::success();
 }
 
-// Starts the new file on its way to the disk while it is checked, on a thread of its own: asking
-// may wait for the disk's queue. The fsync before it replaces the photo then finds little to do.
-class Writeback {
+// Writes the new file, where it is to be written, and starts it on its way to the disk, on a
+// thread of its own while the bytes are checked in memory: the write waits now and then for the
+// system to find pages for it, and the fsync before the rename then finds little left to do.
+class WorkingWrite {
   public:
-    explicit Writeback(const QString& path) {
+    WorkingWrite(const QString& working, const QByteArray& bytes, bool write) {
+        const auto work = [this, working, &bytes, write] {
+            if (write)
+                status_ = writeworking(working, bytes);
+            if (status_)
+                startwriteback(working);
+        };
         try {
-            thread_ = std::thread([path] { startwriteback(path); });
+            thread_ = std::thread(work);
         } catch (const std::system_error&) {
-            // no thread to be had: the fsync does it all, as before
+            work(); // no thread to be had: first the one, then the other
         }
     }
-    ~Writeback() {
+    ~WorkingWrite() {
         if (thread_.joinable())
             thread_.join();
     }
-    Writeback(const Writeback&) = delete;
-    Writeback& operator=(const Writeback&) = delete;
+    WorkingWrite(const WorkingWrite&) = delete;
+    WorkingWrite& operator=(const WorkingWrite&) = delete;
+
+    Status finish() {
+        if (thread_.joinable())
+            thread_.join();
+        return status_;
+    }
 
   private:
+    Status status_ = Status::success();
     std::thread thread_;
 };
 
@@ -93,12 +107,11 @@ Status finishturn(const QString& photo, const QString& working, Action action, R
         if (Status carried = carrytrailer(*original, trailer, turned); !carried)
             return carried;
     }
-    if (!others || retouched || !trailer.isEmpty()) {
-        if (Status written = writeworking(working, turned); !written)
-            return written;
-    }
-    const Writeback writeback(working);
-    return checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
+    WorkingWrite write(working, turned, !others || retouched || !trailer.isEmpty());
+    const Status checked = checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
+    if (Status written = write.finish(); !written)
+        return written;
+    return checked;
 }
 
 bool willneedwriters(const QString& photo) {
