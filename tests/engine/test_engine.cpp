@@ -1,6 +1,7 @@
 // The rotators, and runs over photos in a temporary folder with a data folder of their own: what
 // each photo becomes, what survives its turn, what a failing step leaves; and the rewrite under it.
 
+#include "engine/finishturn.h"
 #include "engine/losslessrotate.h"
 #include "engine/memoryneed.h"
 #include "engine/normalrotate.h"
@@ -285,6 +286,27 @@ TEST_F(Rotators, TurnFlawedDataAsItReadsAndCmykInItsOwnColoursAndRefuseWhatCantB
             EXPECT_EQ(probejpeg(target)->colorspace, JpegColorSpace::Ycck);
         }
     }
+}
+
+// The new file is written on a thread of its own while its bytes are checked: a write that
+// fails is what the turn reports, though the check of the same bytes passes; where it can be
+// written, it is there, whole, when the turn says so.
+TEST_F(Rotators, AWriteBesideTheCheckThatFailsIsWhatTheTurnReports) {
+    writetaggedphoto(source, 48, 32, 6, 300);
+    writetags(source, {u"-XMP:all="_s});
+    ASSERT_FALSE(willneedwriters(source)); // so that the file is written beside the check
+    const auto rotated = losslessrotate(source, Action::Rotate90Clockwise, target, OddSizes::Trim, 2, true);
+    ASSERT_TRUE(rotated.ok()) << qPrintable(rotated.reason());
+    ASSERT_FALSE(QFile::exists(target)); // handed on in memory
+    ExifTool tool(exiftoolpath());
+    QStringList notes;
+    const Status failed = finishturn(source, dir.filePath(u"missing/working.jpg"_s),
+                                     Action::Rotate90Clockwise, *rotated, tool, notes, 2);
+    EXPECT_TRUE(failed.reason().startsWith(u"the turned photo can't be written"_s)) << qPrintable(failed.reason());
+    const Status passed = finishturn(source, target, Action::Rotate90Clockwise, *rotated, tool, notes, 2);
+    ASSERT_TRUE(passed.ok()) << qPrintable(passed.reason());
+    EXPECT_EQ(probejpeg(target)->size, QSize(32, 48));
+    EXPECT_EQ(decodejpeg(target).height, 48);
 }
 
 TEST(TurnedPicture, MovesEveryPixelExactlyInStripsOfAnyHeight) {
