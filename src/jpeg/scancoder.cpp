@@ -51,13 +51,17 @@ namespace withavx2 {
 #undef PIVOTEL_SCAN_AVX2
 #pragma GCC pop_options
 
-// The build gathers correction bits with BMI2's pext, one quick instruction except on AMD's first
-// two Zen generations, which run it in microcode at up to hundreds of cycles: those take the other.
 bool hasavx2() {
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt") &&
-           !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
+           __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+}
+
+// BMI2's pext is one quick instruction, except on AMD's first two Zen generations, which run it
+// in microcode at up to hundreds of cycles.
+bool quickpext() {
+    __builtin_cpu_init();
+    return !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
 }
 #endif
 
@@ -127,7 +131,9 @@ class TableMaker {
 
 std::vector<ScanCoderBuild> scancodershere() {
 #ifdef PIVOTEL_SCAN_AVX2_BUILD
-    static const bool avx2 = hasavx2();
+    static const bool avx2 = hasavx2(), pext = avx2 && quickpext();
+    if (pext)
+        return {ScanCoderBuild::AnyProcessor, ScanCoderBuild::Avx2, ScanCoderBuild::Avx2Pext};
     if (avx2)
         return {ScanCoderBuild::AnyProcessor, ScanCoderBuild::Avx2};
 #endif
@@ -141,10 +147,12 @@ void usescancoder(ScanCoderBuild coder) {
 Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& plan) {
     const auto refused = Status::failure(QStringLiteral("a coefficient is out of range for a JPEG scan"));
 #ifdef PIVOTEL_SCAN_AVX2_BUILD
-    const bool avx2 = chosen == ScanCoderBuild::Avx2;
+    const ScanCoderBuild build = chosen;
+    const bool avx2 = build != ScanCoderBuild::AnyProcessor, pext = build == ScanCoderBuild::Avx2Pext;
     const auto countsymbols = avx2 ? withavx2::countscan : anyprocessor::countscan;
     const auto writesymbols = avx2 ? withavx2::writescan : anyprocessor::writescan;
 #else
+    const bool pext = false;
     const auto countsymbols = anyprocessor::countscan;
     const auto writesymbols = anyprocessor::writescan;
 #endif
@@ -199,7 +207,7 @@ Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& pla
     const long long bytes = bits / 8;
     out.reserve(out.size() + qsizetype(bytes + bytes / 128 + 4096));
 
-    if (!writesymbols(planes, plan, codes, out))
+    if (!writesymbols(planes, plan, codes, out, pext))
         return refused;
     return out;
 }

@@ -21,10 +21,12 @@ struct ScanPlan {
 // Scans don't depend on one another, so several can be coded at once.
 [[nodiscard]] Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& plan);
 
-// The coder's builds: one for any processor, one for processors with AVX2, which codescan takes
-// where it can. Both write the same bytes; tests run each, through usescancoder, which sets the
-// build codescan takes from then on, in every thread.
-enum class ScanCoderBuild { AnyProcessor, Avx2 };
+// The coder's builds: one for any processor, one for processors with AVX2, and the same gathering
+// a refinement's correction bits with BMI2's pext where that instruction is quick (not on AMD's
+// first two Zen generations); codescan takes the last of them the processor allows. All write
+// the same bytes; tests run each, through usescancoder, which sets the build codescan takes from
+// then on, in every thread.
+enum class ScanCoderBuild { AnyProcessor, Avx2, Avx2Pext };
 [[nodiscard]] std::vector<ScanCoderBuild> scancodershere();
 void usescancoder(ScanCoderBuild coder);
 
