@@ -108,7 +108,7 @@ Status finishturn(const QString& photo, const QString& working, Action action, R
             return carried;
     }
     WorkingWrite write(working, turned, !others || retouched || !trailer.isEmpty());
-    const Status checked = checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
+    Status checked = checkjpeg(turned, {rotated.size, before->colorspace, trailer}, threads);
     if (Status written = write.finish(); !written)
         return written;
     return checked;
