@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace pivotel {
 
@@ -27,7 +28,8 @@ class BlockTurn {
     // (natural order) and whether its sign flips.
     struct Recipe {
         std::array<uint8_t, 64> from{};
-        std::array<int16_t, 64> flip{}; // 0 or -1
+        std::array<int16_t, 64> from16{}; // the same, as a permute takes them
+        std::array<int16_t, 64> flip{};   // 0 or -1
         // The same the other way: where each source coefficient (natural order) goes, and
         // whether its sign flips. Most coefficients are zero, and only the others are moved.
         std::array<uint8_t, 64> to{};
@@ -41,5 +43,13 @@ class BlockTurn {
     int mirrorcolumns_ = 0, mirrorrows_ = 0; // whole iMCUs, in the turned frame's MCUs
     std::array<Recipe, Kinds> recipes_;
 };
+
+// The ways of placing a block: the nonzero coefficients one by one, on any processor, or the
+// whole block in two permutes where AVX-512 is had, which placerow takes where it can. Both
+// place the same; tests run each, through useblockplacer, which sets the way placerow takes from
+// then on, in every thread.
+enum class BlockPlacer { AnyProcessor, Avx512 };
+[[nodiscard]] std::vector<BlockPlacer> blockplacershere();
+void useblockplacer(BlockPlacer placer);
 
 } // namespace pivotel

@@ -1,7 +1,9 @@
 // Our progressive writer against TurboJPEG's: every turned photo must come out byte for byte as
-// tjTransform writes it, whatever the thread count and whichever build of the scan coder. And our
-// scan decoder, which checks such files, against libjpeg: it never passes what libjpeg stops at.
+// tjTransform writes it, whatever the thread count, whichever build of the scan coder and way of
+// placing the blocks. And our scan decoder, which checks such files, against libjpeg: it never
+// passes what libjpeg stops at.
 
+#include "jpeg/blockturn.h"
 #include "jpeg/jpegerror.h"
 #include "jpeg/photofixture.h"
 #include "jpeg/scancheck.h"
@@ -257,6 +259,7 @@ TEST_F(Progressive, TheCoefficientReaderReadsWhatLibjpegReadsAndLeavesItEveryFla
 TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites) {
     int threads = 0;
     const std::vector<ScanCoderBuild> coders = scancodershere();
+    const std::vector<BlockPlacer> placers = blockplacershere();
     for (const Source& source : sources) {
         const QByteArray jpeg = compress(source);
         for (JpegTransform op :
@@ -265,23 +268,27 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
               JpegTransform::Transpose, JpegTransform::Transverse})
             for (EdgePolicy edges : {EdgePolicy::Perfect, EdgePolicy::Keep, EdgePolicy::Trim}) {
                 const QByteArray expected = reference(jpeg, op, edges);
-                for (ScanCoderBuild coder : coders) {
-                    usescancoder(coder);
-                    const QString target = file("turned.jpg");
-                    QFile::remove(target);
-                    threads = threads % 3 + 1;
-                    const auto done = transformjpeg(jpeg, op, edges, target, threads);
-                    const auto what = testing::Message()
-                                      << source.name << ", op " << int(op) << ", edges " << int(edges) << ", "
-                                      << threads << " thread(s), coder " << int(coder);
-                    ASSERT_EQ(done.ok(), !expected.isEmpty()) << what;
-                    if (done.ok()) {
-                        ASSERT_TRUE(readbytes(target) == expected) << what;
+                for (ScanCoderBuild coder : coders)
+                    for (BlockPlacer placer : placers) {
+                        usescancoder(coder);
+                        useblockplacer(placer);
+                        const QString target = file("turned.jpg");
+                        QFile::remove(target);
+                        threads = threads % 3 + 1;
+                        const auto done = transformjpeg(jpeg, op, edges, target, threads);
+                        const auto what = testing::Message()
+                                          << source.name << ", op " << int(op) << ", edges " << int(edges)
+                                          << ", " << threads << " thread(s), coder " << int(coder)
+                                          << ", placer " << int(placer);
+                        ASSERT_EQ(done.ok(), !expected.isEmpty()) << what;
+                        if (done.ok()) {
+                            ASSERT_TRUE(readbytes(target) == expected) << what;
+                        }
                     }
-                }
             }
     }
     usescancoder(coders.back());
+    useblockplacer(placers.back());
 }
 
 // Every kind of photo, as TurboJPEG wrote it and as our writer turned it, decodes; then a few
