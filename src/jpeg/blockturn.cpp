@@ -82,8 +82,7 @@ BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
         const int row = n / 8, column = n % 8;
         const bool transposed =
             kind == Transpose || kind == TurnRight || kind == TurnLeft || kind == Transverse;
-        r.from[std::size_t(k)] = uint8_t(transposed ? column * 8 + row : n);
-        r.from16[std::size_t(k)] = r.from[std::size_t(k)];
+        r.from[std::size_t(k)] = int16_t(transposed ? column * 8 + row : n);
         // A mirror flips the sign of the odd frequencies across it.
         bool flip = false;
         switch (kind) {
@@ -105,8 +104,8 @@ BlockTurn::Recipe BlockTurn::recipe(Kind kind) {
             break;
         }
         r.flip[std::size_t(k)] = flip ? -1 : 0;
-        r.to[r.from[std::size_t(k)]] = uint8_t(k);
-        r.flipfrom[r.from[std::size_t(k)]] = r.flip[std::size_t(k)];
+        r.to[std::size_t(r.from[std::size_t(k)])] = uint8_t(k);
+        r.flipfrom[std::size_t(r.from[std::size_t(k)])] = r.flip[std::size_t(k)];
     }
     return r;
 }
@@ -202,7 +201,7 @@ long long BlockTurn::placerow(CoefficientPlanes& out, int component, int row, co
             plane.values.get() + (std::size_t(y) * std::size_t(plane.widthblocks) + std::size_t(x)) * 64;
 #ifdef PIVOTEL_PLACE_AVX512_BUILD
         if (whole) {
-            placeblock(to, blocks, r.from16.data(), r.flip.data());
+            placeblock(to, blocks, r.from.data(), r.flip.data());
         } else
 #endif
         {

@@ -27,9 +27,8 @@ class BlockTurn {
     // A block's coefficients after the move: for each zigzag position, the source coefficient
     // (natural order) and whether its sign flips.
     struct Recipe {
-        std::array<uint8_t, 64> from{};
-        std::array<int16_t, 64> from16{}; // the same, as a permute takes them
-        std::array<int16_t, 64> flip{};   // 0 or -1
+        std::array<int16_t, 64> from{}; // 16 bits each, as a permute takes them
+        std::array<int16_t, 64> flip{}; // 0 or -1
         // The same the other way: where each source coefficient (natural order) goes, and
         // whether its sign flips. Most coefficients are zero, and only the others are moved.
         std::array<uint8_t, 64> to{};

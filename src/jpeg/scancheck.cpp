@@ -37,12 +37,10 @@ namespace withbmi2 {
 #undef PIVOTEL_SCAN_PDEP
 #pragma GCC pop_options
 
-// BMI2's pdep is one quick instruction, except on AMD's first two Zen generations, which run it
-// in microcode at up to hundreds of cycles: those take the other way.
+// Processors whose pdep is slow take the other way.
 bool quickpdep() {
     __builtin_cpu_init();
-    return __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt") &&
-           !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
+    return __builtin_cpu_supports("popcnt") && quickbitdeposit();
 }
 #endif
 

@@ -2,6 +2,7 @@
 
 #include "jpeg/jpegerror.h"
 #include "jpeg/libjpegextras.h"
+#include "support/machine.h"
 
 #include <algorithm>
 #include <array>
@@ -55,13 +56,6 @@ bool hasavx2() {
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
            __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
-}
-
-// BMI2's pext is one quick instruction, except on AMD's first two Zen generations, which run it
-// in microcode at up to hundreds of cycles.
-bool quickpext() {
-    __builtin_cpu_init();
-    return !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
 }
 #endif
 
@@ -131,7 +125,7 @@ class TableMaker {
 
 std::vector<ScanCoderBuild> scancodershere() {
 #ifdef PIVOTEL_SCAN_AVX2_BUILD
-    static const bool avx2 = hasavx2(), pext = avx2 && quickpext();
+    static const bool avx2 = hasavx2(), pext = avx2 && quickbitdeposit();
     if (pext)
         return {ScanCoderBuild::AnyProcessor, ScanCoderBuild::Avx2, ScanCoderBuild::Avx2Pext};
     if (avx2)

@@ -28,6 +28,15 @@ void runonthreads(int threads, const std::function<void()>& work) {
         helper.join();
 }
 
+bool quickbitdeposit() {
+#if defined(__x86_64__) && defined(__GNUC__)
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("bmi2") && !__builtin_cpu_is("znver1") && !__builtin_cpu_is("znver2");
+#else
+    return false;
+#endif
+}
+
 qint64 physicalmemory() {
     const long pages = ::sysconf(_SC_PHYS_PAGES);
     const long pagesize = ::sysconf(_SC_PAGESIZE);

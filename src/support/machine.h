@@ -14,6 +14,10 @@ namespace pivotel {
 // of its own until none are left.
 void runonthreads(int threads, const std::function<void()>& work);
 
+// Whether the processor has BMI2 with quick pdep and pext: one instruction each, except on AMD's
+// first two Zen generations, which run them in microcode at up to hundreds of cycles.
+[[nodiscard]] bool quickbitdeposit();
+
 // The machine's physical memory in bytes.
 [[nodiscard]] qint64 physicalmemory();
 
