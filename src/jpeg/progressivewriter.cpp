@@ -67,17 +67,22 @@ Result<QByteArray> writeprogressive(QByteArray head, CoefficientPlanes planes,
 
     std::vector<std::optional<Result<QByteArray>>> coded(script.size());
     std::atomic<std::size_t> next{0};
+    const int workers = std::min(threads, int(script.size()));
+    std::vector<ScanRecords> records(std::size_t(std::max(workers, 1)));
+    std::atomic<std::size_t> worker{0};
     const auto work = [&] {
+        ScanRecords& mine = records[worker++];
         for (std::size_t i = next++; i < order.size(); i = next++) {
             // Nothing may leave a helper thread: a scan that can't get its memory fails alone.
             try {
-                coded[order[i]].emplace(codescan(planes, script[order[i]]));
+                coded[order[i]].emplace(codescan(planes, script[order[i]], mine));
             } catch (const std::bad_alloc&) {
                 coded[order[i]].emplace(Status::failure(QStringLiteral("out of memory for a scan")));
             }
         }
     };
-    runonthreads(std::min(threads, int(script.size())), work);
+    runonthreads(workers, work);
+    records.clear();
     // The file takes the heap's pages the coefficients had, already faulted in, not fresh ones.
     planes.components.clear();
 

@@ -9,7 +9,9 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
+#include <memory>
 #include <type_traits>
+#include <vector>
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -38,6 +40,10 @@ struct CodeTable {
 };
 using CodeTables = std::array<CodeTable, tableslots>;
 
+// A block's records, at most: 63 symbols with up to 64 bits each, ZRLs, and two end-of-block
+// runs with a full buffer of held correction bits.
+constexpr std::size_t recordblockroom = 1024;
+
 namespace anyprocessor {
 #include "jpeg/scancoder.inc"
 } // namespace anyprocessor
@@ -58,6 +64,8 @@ bool hasavx2() {
            __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
 }
 #endif
+
+std::atomic<std::size_t> recordchunkwords{std::size_t(1) << 20};
 
 // The build codescan takes: the quickest here unless a test has asked for another.
 std::atomic<ScanCoderBuild> chosen{scancodershere().back()};
@@ -138,32 +146,33 @@ void usescancoder(ScanCoderBuild coder) {
     chosen = coder;
 }
 
-Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& plan) {
+ScanRecords::ScanRecords() : chunkwords(std::max(recordchunkwords.load(), 2 * recordblockroom)) {}
+
+void userecordchunks(std::size_t words) {
+    recordchunkwords = words;
+}
+
+Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& plan, ScanRecords& records) {
     const auto refused = Status::failure(QStringLiteral("a coefficient is out of range for a JPEG scan"));
 #ifdef PIVOTEL_SCAN_AVX2_BUILD
     const ScanCoderBuild build = chosen;
     const bool avx2 = build != ScanCoderBuild::AnyProcessor, pext = build == ScanCoderBuild::Avx2Pext;
-    const auto countsymbols = avx2 ? withavx2::countscan : anyprocessor::countscan;
-    const auto writesymbols = avx2 ? withavx2::writescan : anyprocessor::writescan;
+    const auto recordsymbols = avx2 ? withavx2::recordscan : anyprocessor::recordscan;
+    const auto replaysymbols = avx2 ? withavx2::replayscan : anyprocessor::replayscan;
 #else
     const bool pext = false;
-    const auto countsymbols = anyprocessor::countscan;
-    const auto writesymbols = anyprocessor::writescan;
+    const auto recordsymbols = anyprocessor::recordscan;
+    const auto replaysymbols = anyprocessor::replayscan;
 #endif
     SymbolCounts counts{};
     long long bits = 0; // the coded data's, without the 0s stuffed after 0xFF bytes
-    const std::vector<int> tables = scantables(planes, plan);
-    if (tables.empty()) { // a DC refinement: a bit a block
-        for (int index : plan.components)
-            bits += (long long)planes.components[std::size_t(index)].count();
-    } else if (!countsymbols(planes, plan, counts, bits)) {
+    if (!recordsymbols(planes, plan, counts, bits, records, pext))
         return refused;
-    }
 
     QByteArray out;
     CodeTables codes;
     TableMaker maker;
-    for (int slot : tables) {
+    for (int slot : scantables(planes, plan)) { // none for a DC refinement: a bit a block
         JHUFF_TBL table{};
         const auto symbolcounts = counts[std::size_t(slot)]; // the table maker spends its copy
         if (!maker.make(table, counts[std::size_t(slot)].data()))
@@ -201,8 +210,7 @@ Result<QByteArray> codescan(const CoefficientPlanes& planes, const ScanPlan& pla
     const long long bytes = bits / 8;
     out.reserve(out.size() + qsizetype(bytes + bytes / 128 + 4096));
 
-    if (!writesymbols(planes, plan, codes, out, pext))
-        return refused;
+    replaysymbols(records, codes, out);
     return out;
 }
 

@@ -275,6 +275,8 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
                         const QString target = file("turned.jpg");
                         QFile::remove(target);
                         threads = threads % 3 + 1;
+                        // Small chunks of records one time in two: scans cross from one to the next.
+                        userecordchunks(threads % 2 ? 2048 : std::size_t(1) << 20);
                         const auto done = transformjpeg(jpeg, op, edges, target, threads);
                         const auto what = testing::Message()
                                           << source.name << ", op " << int(op) << ", edges " << int(edges)
@@ -289,6 +291,7 @@ TEST_F(Progressive, EveryTurnOfEveryKindOfPhotoIsByteForByteWhatTurboJpegWrites)
     }
     usescancoder(coders.back());
     useblockplacer(placers.back());
+    userecordchunks(std::size_t(1) << 20);
 }
 
 // Every kind of photo, as TurboJPEG wrote it and as our writer turned it, decodes; then a few
