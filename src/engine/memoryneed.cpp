@@ -4,6 +4,8 @@
 #include "support/machine.h"
 #include "support/nativepath.h"
 
+#include <algorithm>
+
 namespace pivotel {
 
 namespace {
@@ -30,7 +32,13 @@ Result<qint64> memoryneed(const QString& path, const RunOptions& options) {
         return fixedpart + reencodeneed(*probe, filesize);
     // The source's arrays and the turned copy of them, whatever the turn; the photo as read, the
     // new file as written (its scans, then the whole), and the new file read back for its check.
-    qint64 need = 2 * coefficientbytes(*probe) + 3 * filesize;
+    // While the scans are coded only the turned copy is left, beside the photo as read, the scans
+    // and the symbols of those being coded, recorded for writing: 4 bytes a symbol, which comes
+    // to 3 to 5 times the file's size for the two largest scans of a photo (6 allowed). That
+    // passes the first count for a photo whose file is large beside its arrays, such as noise
+    // at quality 100.
+    const qint64 arrays = coefficientbytes(*probe);
+    qint64 need = std::max(2 * arrays + 3 * filesize, arrays + 8 * filesize);
     // A photo the turn doesn't fit may be re-encoded instead, with the photo still read. (A trim
     // re-encodes only a photo smaller than a block, whose need is small.)
     if (options.oddsizes == OddSizes::Reencode)
