@@ -1,6 +1,7 @@
 #include "jpeg/jpegerror.h"
 
 #include <QStringList>
+#include <jerror.h>
 #include <cstring>
 
 namespace pivotel {
@@ -49,6 +50,14 @@ QString JpegError::warningtext() const {
 void JpegError::forgetwarnings() {
     manager.num_warnings = 0;
     distinctwarnings = 0;
+}
+
+bool saysoutofmemory(const QString& message) {
+    jpeg_error_mgr manager{};
+    jpeg_std_error(&manager);
+    // The library's own words, up to the case number it fills in.
+    const QString words = QString::fromLatin1(manager.jpeg_message_table[JERR_OUT_OF_MEMORY]).section(u'%', 0, 0);
+    return message.contains(words);
 }
 
 jpeg_error_mgr* JpegError::install() {

@@ -31,4 +31,8 @@ struct JpegError {
     void forgetwarnings();
 };
 
+// Whether a message of libjpeg's (TurboJPEG passes them on too) says it ran out of memory: then
+// the photo isn't to blame.
+[[nodiscard]] bool saysoutofmemory(const QString& message);
+
 } // namespace pivotel

@@ -252,13 +252,19 @@ void keepadobesegment(const QByteArray& source, QByteArray& turned) {
     turned.replace(written->bytes.data() - turned.constData(), written->bytes.size(), original);
 }
 
+// How a photo libjpeg gave up on is reported: as damaged, unless it only ran out of memory.
+Status unreadable(const QString& message) {
+    return Status::failure(saysoutofmemory(message) ? QStringLiteral("not enough memory to turn it (%1)").arg(message)
+                                                    : QStringLiteral("damaged JPEG data (%1)").arg(message));
+}
+
 } // namespace
 
 Result<PartialEdges> partialedges(const QByteArray& data, JpegTransform op) {
     SourceReader reader(data);
     Frame frame;
     if (!reader.header(frame))
-        return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
+        return unreadable(reader.message());
     const int columns = frame.width % frame.blockwidth;
     const int rows = frame.height % frame.blockheight;
     // The edges each operation brings to the top or the left, as libjpeg's transformer has them.
@@ -286,13 +292,11 @@ Result<TurnedJpeg> turnjpeg(const QByteArray& data, JpegTransform op, EdgePolicy
         // and names every flaw it reads past.
         SourceReader reader(data);
         if (!reader.wholedata())
-            return Status::failure(QStringLiteral("damaged JPEG data (%1)").arg(reader.message()));
+            return unreadable(reader.message());
         TjTransformed library =
             tjtransformbytes(data, transformop(op), TJXOPT_PROGRESSIVE | edgeoptions(edges), false);
         if (!library.error.isEmpty())
-            return Status::failure(library.baddata
-                                       ? QStringLiteral("damaged JPEG data (%1)").arg(library.error)
-                                       : library.error);
+            return library.baddata ? unreadable(library.error) : Status::failure(library.error);
         turned = TurnedJpeg{std::move(library.bytes), reader.warning()};
     }
     keepadobesegment(data, turned->bytes);
