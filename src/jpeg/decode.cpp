@@ -100,7 +100,9 @@ class Decompression {
 };
 
 Status damaged(const Decompression& decompression) {
-    return Status::failure(QStringLiteral("can't be decoded (%1)").arg(decompression.message()));
+    const QString message = decompression.message();
+    return Status::failure(saysoutofmemory(message) ? QStringLiteral("not enough memory to decode it (%1)").arg(message)
+                                                    : QStringLiteral("can't be decoded (%1)").arg(message));
 }
 
 // EXIF first, as the metadata tool reads a photo's resolution; then the JFIF density.
@@ -183,7 +185,7 @@ Result<DecodedPicture> decodepicture(const QString& path) {
 
     picture.image = QImage(int(info.output_width), int(info.output_height), format);
     if (picture.image.isNull())
-        return Status::failure(QStringLiteral("is too large to decode (%1 x %2 pixels)")
+        return Status::failure(QStringLiteral("not enough memory to decode it (%1 x %2 pixels)")
                                    .arg(info.output_width)
                                    .arg(info.output_height));
     if (!decompression.readrows(picture.image) || !decompression.finish())

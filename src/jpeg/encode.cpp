@@ -192,13 +192,21 @@ Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, cons
     for (int k = 0; k < striprows; ++k)
         rows[size_t(k)] = strip.data() + k * stride;
 
+    // A file that failed halfway is no use to anyone: it goes.
+    const auto abandon = [&](const QString& reason) {
+        file.reset();
+        std::remove(nativepath(target).constData());
+        return Status::failure(reason);
+    };
     Compression compression;
     if (!compression.start(picture, settings, file.get()) || !compression.writerows(picture, rows, stride) ||
         !compression.finish())
-        return Status::failure(QStringLiteral("can't be encoded (%1)").arg(compression.message()));
+        return abandon(saysoutofmemory(compression.message())
+                           ? QStringLiteral("not enough memory to encode it (%1)").arg(compression.message())
+                           : QStringLiteral("can't be encoded (%1)").arg(compression.message()));
 
     if (std::fflush(file.get()) != 0 || std::ferror(file.get()) || std::fclose(file.release()) != 0)
-        return Status::failure(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));
+        return abandon(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));
     return Status::success();
 }
 

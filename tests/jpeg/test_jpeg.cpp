@@ -3,12 +3,20 @@
 #include "jpeg/photofixture.h"
 #include "jpeg/probe.h"
 #include "jpeg/segments.h"
+#include "jpeg/transform.h"
 #include "jpeg/verify.h"
 #include "support/othercolours.h"
 
 #include <QFile>
+#include <array>
+#include <cstdio>
 #include <cstring>
+#include <functional>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
 
 using namespace pivotel;
 using namespace pivotel::test;
@@ -30,6 +38,49 @@ struct ImageRows : RowSource {
 };
 
 using Jpeg = PhotoFolder;
+
+// What `step` answers in a child process held to the address space it has and 4 MB more, most of
+// it then taken, with what the heap had free: room for small things, none for a photo's pixels or
+// coefficients. An empty answer is success.
+QByteArray saidwithoutmemory(const std::function<QString()>& step) {
+    std::array<int, 2> channel{};
+    if (pipe(channel.data()) != 0)
+        return "no pipe";
+    const pid_t child = fork();
+    if (child < 0)
+        return "no child";
+    if (child == 0) {
+        long pages = 0;
+        std::FILE* statm = std::fopen("/proc/self/statm", "r");
+        if (statm == nullptr || std::fscanf(statm, "%ld", &pages) != 1)
+            _exit(1);
+        std::fclose(statm);
+        std::vector<void*> held;
+        held.reserve(std::size_t(1) << 16);
+        rlimit limit{};
+        limit.rlim_cur = limit.rlim_max = rlim_t(pages * sysconf(_SC_PAGESIZE) + (4 << 20));
+        setrlimit(RLIMIT_AS, &limit);
+        for (void* block = nullptr; held.size() < held.capacity() && (block = std::malloc(64 << 10));)
+            held.push_back(block);
+        for (int i = 0; i < 32 && !held.empty(); ++i) { // 2 MB back
+            std::free(held.back());
+            held.pop_back();
+        }
+        const QByteArray said = step().toUtf8();
+        const bool sent = write(channel[1], said.constData(), std::size_t(said.size())) == said.size();
+        _exit(sent ? 0 : 1);
+    }
+    close(channel[1]);
+    QByteArray said;
+    std::array<char, 512> buffer{};
+    for (ssize_t got; (got = read(channel[0], buffer.data(), buffer.size())) > 0;)
+        said.append(buffer.data(), got);
+    close(channel[0]);
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return "the child failed: " + said;
+    return said;
+}
 
 } // namespace
 
@@ -214,5 +265,33 @@ TEST_F(Jpeg, TheCheckOfANewFilePassesOnlyAWholePictureOfTheSizeColoursAndTrailer
         EXPECT_EQ(checked.ok(), !*says) << name;
         EXPECT_TRUE(checked.reason().contains(QString::fromUtf8(says)))
             << name << ": " << qPrintable(checked.reason());
+    }
+}
+
+// A photo that the memory left can't hold is reported as that, and no file is written: "damaged"
+// or "too large" would send its owner looking for a flaw it hasn't got. Each step needs more than
+// the 2 MB left: the turn the coefficients (11 MB), the decoding the pixels (15 MB), the encoding
+// its coefficients for the optimised tables.
+TEST_F(Jpeg, APhotoTheMemoryLeftCannotHoldIsSaidToBeSoNotDamaged) {
+    const QString source = file("big.jpg"), target = file("new.jpg");
+    writepattern(source, 2400, 1600, Sampling::S420);
+    const QByteArray jpeg = readbytes(source);
+    const ImageRows picture(QImage(2400, 1600, QImage::Format_RGB888));
+    const struct {
+        const char* step;
+        std::function<QString()> run;
+        const char* says;
+    } steps[] = {
+        {"a lossless turn",
+         [&] { return transformjpeg(jpeg, JpegTransform::Rotate90, EdgePolicy::Keep, target, 1).reason(); },
+         "not enough memory to turn it ("},
+        {"a decoding", [&] { return decodepicture(source).reason(); }, "not enough memory to decode it ("},
+        {"an encoding", [&] { return encodejpeg(picture, EncodeSettings{}, target).reason(); },
+         "not enough memory to encode it ("},
+    };
+    for (const auto& [step, run, says] : steps) {
+        const QByteArray said = saidwithoutmemory(run);
+        EXPECT_TRUE(said.startsWith(says)) << step << ": " << said.constData();
+        EXPECT_FALSE(QFile::exists(target)) << step;
     }
 }
