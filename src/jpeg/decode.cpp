@@ -100,9 +100,8 @@ class Decompression {
 };
 
 Status damaged(const Decompression& decompression) {
-    const QString message = decompression.message();
-    return Status::failure(saysoutofmemory(message) ? QStringLiteral("not enough memory to decode it (%1)").arg(message)
-                                                    : QStringLiteral("can't be decoded (%1)").arg(message));
+    return Status::failure(
+        failurewords(decompression.message(), QStringLiteral("decode"), QStringLiteral("can't be decoded")));
 }
 
 // EXIF first, as the metadata tool reads a photo's resolution; then the JFIF density.

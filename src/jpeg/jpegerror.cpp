@@ -52,12 +52,15 @@ void JpegError::forgetwarnings() {
     distinctwarnings = 0;
 }
 
-bool saysoutofmemory(const QString& message) {
+QString failurewords(const QString& message, const QString& step, const QString& otherwise) {
     jpeg_error_mgr manager{};
     jpeg_std_error(&manager);
-    // The library's own words, up to the case number it fills in.
-    const QString words = QString::fromLatin1(manager.jpeg_message_table[JERR_OUT_OF_MEMORY]).section(u'%', 0, 0);
-    return message.contains(words);
+    // The library's own words for it, up to the case number it fills in.
+    const QString outofmemory =
+        QString::fromLatin1(manager.jpeg_message_table[JERR_OUT_OF_MEMORY]).section(u'%', 0, 0);
+    return QStringLiteral("%1 (%2)").arg(message.contains(outofmemory) ? QStringLiteral("not enough memory to %1 it").arg(step)
+                                                                       : otherwise,
+                                         message);
 }
 
 jpeg_error_mgr* JpegError::install() {

@@ -31,8 +31,9 @@ struct JpegError {
     void forgetwarnings();
 };
 
-// Whether a message of libjpeg's (TurboJPEG passes them on too) says it ran out of memory: then
-// the photo isn't to blame.
-[[nodiscard]] bool saysoutofmemory(const QString& message);
+// How a step that libjpeg gave up on is reported, with libjpeg's message (TurboJPEG passes them
+// on too): "not enough memory to `step` it" when the message says memory ran out, for then the
+// photo isn't to blame; else `otherwise`.
+[[nodiscard]] QString failurewords(const QString& message, const QString& step, const QString& otherwise);
 
 } // namespace pivotel

@@ -254,8 +254,7 @@ void keepadobesegment(const QByteArray& source, QByteArray& turned) {
 
 // How a photo libjpeg gave up on is reported: as damaged, unless it only ran out of memory.
 Status unreadable(const QString& message) {
-    return Status::failure(saysoutofmemory(message) ? QStringLiteral("not enough memory to turn it (%1)").arg(message)
-                                                    : QStringLiteral("damaged JPEG data (%1)").arg(message));
+    return Status::failure(failurewords(message, QStringLiteral("turn"), QStringLiteral("damaged JPEG data")));
 }
 
 } // namespace
