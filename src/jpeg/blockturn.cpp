@@ -47,7 +47,8 @@ uint64_t nonzeros(const short* block) {
         const __m512i moved =
             _mm512_permutex2var_epi16(low, _mm512_loadu_si512(index + std::ptrdiff_t(32) * half), high);
         const __m512i sign = _mm512_loadu_si512(flip + std::ptrdiff_t(32) * half);
-        _mm512_storeu_si512(to + std::ptrdiff_t(32) * half, _mm512_sub_epi16(_mm512_xor_si512(moved, sign), sign));
+        _mm512_storeu_si512(to + std::ptrdiff_t(32) * half,
+                            _mm512_sub_epi16(_mm512_xor_si512(moved, sign), sign));
     }
 }
 

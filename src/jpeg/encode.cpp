@@ -201,8 +201,8 @@ Status encodejpeg(const RowSource& picture, const EncodeSettings& settings, cons
     Compression compression;
     if (!compression.start(picture, settings, file.get()) || !compression.writerows(picture, rows, stride) ||
         !compression.finish())
-        return abandon(
-            failurewords(compression.message(), QStringLiteral("encode"), QStringLiteral("can't be encoded")));
+        return abandon(failurewords(compression.message(), QStringLiteral("encode"),
+                                    QStringLiteral("can't be encoded")));
 
     if (std::fflush(file.get()) != 0 || std::ferror(file.get()) || std::fclose(file.release()) != 0)
         return abandon(QStringLiteral("the new photo can't be written (%1)").arg(errnotext(errno)));

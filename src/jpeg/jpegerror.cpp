@@ -1,8 +1,8 @@
 #include "jpeg/jpegerror.h"
 
 #include <QStringList>
-#include <jerror.h>
 #include <cstring>
+#include <jerror.h>
 
 namespace pivotel {
 
@@ -58,9 +58,9 @@ QString failurewords(const QString& message, const QString& step, const QString&
     // The library's own words for it, up to the case number it fills in.
     const QString outofmemory =
         QString::fromLatin1(manager.jpeg_message_table[JERR_OUT_OF_MEMORY]).section(u'%', 0, 0);
-    return QStringLiteral("%1 (%2)").arg(message.contains(outofmemory) ? QStringLiteral("not enough memory to %1 it").arg(step)
-                                                                       : otherwise,
-                                         message);
+    return QStringLiteral("%1 (%2)").arg(
+        message.contains(outofmemory) ? QStringLiteral("not enough memory to %1 it").arg(step) : otherwise,
+        message);
 }
 
 jpeg_error_mgr* JpegError::install() {

@@ -42,9 +42,9 @@ std::vector<ScanPlan> simpleprogression(int components, int colorspace) {
 namespace {
 
 // About how long a scan takes, to start the longest ones first: nanoseconds a block for each
-// kind of scan, its sweep and its writing, as a 24-megapixel camera photo's scans take them. A block's time
-// hardly depends on the band's width: the first pass of a band of 5 takes longer than one of 58,
-// whose coefficients are mostly zero at that point.
+// kind of scan, its sweep and its writing, as a 24-megapixel camera photo's scans take them. A
+// block's time hardly depends on the band's width: the first pass of a band of 5 takes longer
+// than one of 58, whose coefficients are mostly zero at that point.
 long long weight(const CoefficientPlanes& planes, const ScanPlan& plan) {
     long long blocks = 0;
     for (int index : plan.components) {

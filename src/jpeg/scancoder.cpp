@@ -10,7 +10,6 @@
 #include <bit>
 #include <cstring>
 #include <memory>
-#include <type_traits>
 #include <vector>
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -146,7 +145,8 @@ void usescancoder(ScanCoderBuild coder) {
     chosen = coder;
 }
 
-ScanRecords::ScanRecords() : chunkwords(std::max(recordchunkwords.load(), 2 * recordblockroom)) {}
+ScanRecords::ScanRecords() : chunkwords(std::max(recordchunkwords.load(), 2 * recordblockroom)) {
+}
 
 void userecordchunks(std::size_t words) {
     recordchunkwords = words;

@@ -254,7 +254,8 @@ void keepadobesegment(const QByteArray& source, QByteArray& turned) {
 
 // How a photo libjpeg gave up on is reported: as damaged, unless it only ran out of memory.
 Status unreadable(const QString& message) {
-    return Status::failure(failurewords(message, QStringLiteral("turn"), QStringLiteral("damaged JPEG data")));
+    return Status::failure(
+        failurewords(message, QStringLiteral("turn"), QStringLiteral("damaged JPEG data")));
 }
 
 } // namespace

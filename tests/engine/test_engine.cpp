@@ -302,7 +302,8 @@ TEST_F(Rotators, AWriteBesideTheCheckThatFailsIsWhatTheTurnReports) {
     QStringList notes;
     const Status failed = finishturn(source, dir.filePath(u"missing/working.jpg"_s),
                                      Action::Rotate90Clockwise, *rotated, tool, notes, 2);
-    EXPECT_TRUE(failed.reason().startsWith(u"the turned photo can't be written"_s)) << qPrintable(failed.reason());
+    EXPECT_TRUE(failed.reason().startsWith(u"the turned photo can't be written"_s))
+        << qPrintable(failed.reason());
     const Status passed = finishturn(source, target, Action::Rotate90Clockwise, *rotated, tool, notes, 2);
     ASSERT_TRUE(passed.ok()) << qPrintable(passed.reason());
     EXPECT_EQ(probejpeg(target)->size, QSize(32, 48));
